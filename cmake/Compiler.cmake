@@ -1,0 +1,31 @@
+# One place for language level, warnings and sanitizers: `vantorium_target(name)` applies them.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(CCACHE ccache)
+if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+if(VANTORIUM_SANITIZE)
+  add_compile_options(-fsanitize=${VANTORIUM_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${VANTORIUM_SANITIZE})
+endif()
+
+# The libraries tell the fuzzer which lines an input reached; only its targets get its main function.
+if(VANTORIUM_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+function(vantorium_target name)
+  target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual)
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+    target_compile_options(${name} PRIVATE -Wthread-safety)
+  endif()
+  if(VANTORIUM_WERROR)
+    target_compile_options(${name} PRIVATE -Werror)
+  endif()
+endfunction()
