@@ -1,0 +1,74 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <vantorium/error.hpp>
+
+#include "platform/foundation/data.hpp"
+
+namespace vantorium {
+
+struct HTTPRequest {
+  std::string url;
+  std::string method = "GET";  ///< or "POST", which alone has a body
+  /// Sent exactly as given; nothing that describes the sender is added.
+  std::vector<std::pair<std::string, std::string>> headers = {};
+  std::string body = {};
+};
+
+/// Bounds of one exchange; what exceeds them ends as a transport error.
+struct HTTPLimits {
+  std::chrono::milliseconds idleTimeout{30'000};      ///< without a byte, connecting included
+  std::uint64_t bodyBytes = 512ULL * 1024 * 1024;     ///< a body of exactly this size is accepted
+  std::size_t headerBytes = std::size_t{256} * 1024;  ///< all header lines of one answer together
+  int redirects = 16;
+  std::size_t spoolAbove = std::size_t{256} * 1024;  ///< larger bodies live in a file
+};
+
+/// Exchanges HTTP requests, all on one network thread: connections are kept and reused, HTTP/2 is used where
+/// it is offered, redirects are followed, only http and https are spoken and TLS is verified.
+///
+/// The status code plays no part: whatever body arrives without a transport error is the result.
+class HTTPSession {
+ public:
+  /// Exactly one of the two is present. A transport error has the domain "curl" (its code is libcurl's) or
+  /// "posix".
+  using Completion = std::function<void(std::optional<Data> body, std::optional<Error> error)>;
+
+  struct Configuration {
+    /// Where large bodies are written until they are saved or dropped. Created on demand.
+    std::filesystem::path spoolDirectory;
+    /// PEM file of a certificate to trust besides the system's; empty for none.
+    std::filesystem::path trustedCertificate = {};
+    HTTPLimits limits = {};
+  };
+
+  explicit HTTPSession(Configuration configuration);
+  /// As `shutdown`.
+  ~HTTPSession();
+  HTTPSession(const HTTPSession&) = delete;
+  HTTPSession& operator=(const HTTPSession&) = delete;
+
+  /// Sends a request. Any thread; never blocks. The completion is called once, on the session's callback
+  /// queue (one at a time, never on the caller's stack).
+  void send(HTTPRequest request, Completion completion);
+
+  /// Ends every exchange under way with the error "curl" 42 (cancelled) and stops the network thread, well
+  /// within a second whatever the network does. Completions still arrive on the callback queue. Later
+  /// requests are cancelled at once. Any thread but the callback queue; may be called twice.
+  void shutdown();
+
+ private:
+  class Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace vantorium

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vantorium {
+
+/// What the platform says about the way to the internet: a set of flag bits.
+namespace reachability_flags {
+inline constexpr std::uint32_t transientConnection = 1U << 0;
+inline constexpr std::uint32_t reachable = 1U << 1;
+inline constexpr std::uint32_t connectionRequired = 1U << 2;
+inline constexpr std::uint32_t isWWAN = 1U << 18;
+}  // namespace reachability_flags
+
+/// A probe of general internet connectivity. Every call may come on any thread and reads afresh, without
+/// waiting for the network.
+class ReachabilityProbe {
+ public:
+  virtual ~ReachabilityProbe() = default;
+
+  /// The flags of this moment; none when they cannot be read.
+  virtual std::optional<std::uint32_t> flags() = 0;
+  /// The radio technology in use, one of GPRS, Edge, CDMA1x, WCDMA, HSDPA, HSUPA, CDMAEVDORev0, CDMAEVDORevA,
+  /// CDMAEVDORevB, eHRPD, LTE, or another text; none when unknown.
+  virtual std::optional<std::string> radioAccessTechnology() = 0;
+  /// When false, a cellular link counts as unreachable.
+  virtual bool reachableOnWWAN() const { return true; }
+  /// False in a simulator, where cellular links do not exist.
+  virtual bool isRunningOnDevice() const { return true; }
+};
+
+}  // namespace vantorium

@@ -1,0 +1,152 @@
+#include "platform/ui/view.hpp"
+
+#include <algorithm>
+#include <cassert>
+
+#include "platform/ui/view_controller.hpp"
+#include "platform/ui/window.hpp"
+
+namespace vantorium::ui {
+
+View::View(Rect frame) : size_(frame.size()), center_(frame.center()) {}
+
+View::~View() {
+  for (const auto& subview : subviews_) subview->superview_ = nullptr;
+  for (const auto& layer : layers_) layer->view_ = nullptr;
+}
+
+void View::checkThread() const {
+  assert(std::this_thread::get_id() == thread_ && "views are changed on the main thread only");
+}
+
+Rect View::frame() const {
+  const Size box = transform_.boundingSize(size_);
+  return {center_.x - box.width / 2, center_.y - box.height / 2, box.width, box.height};
+}
+
+void View::setFrame(Rect frame) {
+  const double determinant = transform_.a * transform_.d - transform_.b * transform_.c;
+  Size size = frame.size();
+  if (determinant != 0) {
+    const AffineTransform inverse{transform_.d / determinant, -transform_.b / determinant,
+                                  -transform_.c / determinant, transform_.a / determinant};
+    size = inverse.boundingSize(size);
+  }
+  if (size == size_ && frame.center() == center_) return;
+  if (size != size_) setNeedsLayout();
+  size_ = size;
+  center_ = frame.center();
+  setNeedsDisplay();
+}
+
+void View::setTransform(AffineTransform transform) {
+  if (transform == transform_) return;
+  transform_ = transform;
+  setNeedsDisplay();
+}
+
+void View::setHidden(bool hidden) {
+  if (hidden == hidden_) return;
+  hidden_ = hidden;
+  setNeedsDisplay();
+}
+
+void View::setAlpha(double alpha) {
+  if (alpha == alpha_) return;
+  alpha_ = alpha;
+  setNeedsDisplay();
+}
+
+void View::setBackgroundColor(Color color) {
+  if (color == background_) return;
+  background_ = color;
+  setNeedsDisplay();
+}
+
+void View::setCornerRadius(double radius) {
+  if (radius == cornerRadius_) return;
+  cornerRadius_ = radius;
+  setNeedsDisplay();
+}
+
+void View::setClipsToBounds(bool clips) {
+  if (clips == clips_) return;
+  clips_ = clips;
+  setNeedsDisplay();
+}
+
+void View::setAccessibilityLabel(std::string label) {
+  if (label == accessibilityLabel_) return;
+  accessibilityLabel_ = std::move(label);
+  setNeedsDisplay();
+}
+
+void View::addSubview(std::shared_ptr<View> view) {
+  if (!view || view.get() == this || view->superview_ == this) return;
+  view->removeFromSuperview();
+  view->superview_ = this;
+  subviews_.push_back(std::move(view));
+  setNeedsLayout();
+}
+
+void View::removeFromSuperview() {
+  if (superview_ == nullptr) return;
+  superview_->detach(*this);
+}
+
+void View::detach(View& subview) {
+  setNeedsDisplay();
+  const auto found = std::find_if(subviews_.begin(), subviews_.end(),
+                                  [&](const auto& each) { return each.get() == &subview; });
+  if (found == subviews_.end()) return;
+  const std::shared_ptr<View> kept = *found;
+  subviews_.erase(found);
+  kept->superview_ = nullptr;
+}
+
+Window* View::window() const { return superview_ != nullptr ? superview_->window() : nullptr; }
+
+void View::addSublayer(std::shared_ptr<Layer> layer) {
+  if (!layer || layer->view_ == this) return;
+  layer->view_ = this;
+  layers_.push_back(std::move(layer));
+  setNeedsDisplay();
+}
+
+void View::addConstraint(LayoutConstraint constraint) {
+  constraints_.push_back(std::move(constraint));
+  setNeedsLayout();
+}
+
+void View::setNeedsLayout() {
+  needsLayout_ = true;
+  setNeedsDisplay();
+}
+
+void View::layoutIfNeeded() {
+  if (needsLayout_) {
+    needsLayout_ = false;
+    solveConstraints(*this);
+    layoutSubviews();
+    if (controller_ != nullptr) controller_->viewDidLayoutSubviews();
+  }
+  const auto subviews = subviews_;
+  for (const auto& subview : subviews) subview->layoutIfNeeded();
+}
+
+void View::addTapRecognizer(std::function<void()> handler) {
+  tapHandler_ = std::move(handler);
+  setNeedsDisplay();
+}
+
+void View::handleTap() {
+  // A copy: the handler may take this view, and itself, away.
+  if (const auto handler = tapHandler_) handler();
+}
+
+void View::setNeedsDisplay() {
+  checkThread();
+  if (Window* const own = window()) own->markDirty();
+}
+
+}  // namespace vantorium::ui
