@@ -1,0 +1,37 @@
+#include "client/client.hpp"
+
+#include "device/reachability.hpp"
+#include "platform/foundation/worker_pool.hpp"
+
+namespace vantorium {
+
+namespace {
+
+std::shared_ptr<HTTPSession> makeSession(const SdkContext& context,
+                                         const ServiceConfiguration& configuration) {
+  // Inside the cache, so that a large body is saved by moving it.
+  auto* session = new HTTPSession(
+      {.spoolDirectory = CacheClient::cacheDirectoryPath(context.host().directories()) / ".spool",
+       .trustedCertificate = configuration.trustedCertificate,
+       .limits = configuration.limits});
+  // The last reference may go inside one of the session's own callbacks, where it cannot wait for itself to
+  // end.
+  return {session, [](HTTPSession* ended) { workers::async([ended] { delete ended; }); }};
+}
+
+}  // namespace
+
+Client::Client(std::shared_ptr<SdkContext> sdkContext, ServiceConfiguration configuration)
+    : context(std::move(sdkContext)),
+      widgetURL(configuration.widgetURL),
+      session_(makeSession(*context, configuration)),
+      userDefaultsClient(std::make_shared<UserDefaultsClient>(context)),
+      cacheClient(std::make_shared<CacheClient>(context)),
+      httpClient(std::make_shared<HTTPClient>(context, session_, configuration.baseURL,
+                                              VantoriumReachability::make(context->host()),
+                                              userDefaultsClient->defaults())),
+      fileDownloader(std::make_shared<FileDownloader>(context, session_)) {}
+
+void Client::shutdown() { session_->shutdown(); }
+
+}  // namespace vantorium
