@@ -1,0 +1,41 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+namespace vantorium {
+
+/// The base of every option object, so that one operation can accept any of them. Option objects are plain
+/// values filled by the application; do not change one on another thread while a call that received it is
+/// running.
+struct VantoriumAdOptions {
+  virtual ~VantoriumAdOptions() = default;
+};
+
+/// How native ads are precached.
+struct VantoriumNativeAdOptions : VantoriumAdOptions {
+  /// Download the ads' images and videos too, not only their icons.
+  bool shouldDownloadAssets = true;
+  /// How many ads to ask the service for. More than five is brought down to five, in this object too.
+  int numberOfAdsToPrecache = 1;
+  /// Sent to the service as it stands; the SDK does not interpret it.
+  std::string creativeType = "both";
+};
+
+/// How a native ad's video behaves.
+struct VantoriumMediaViewOptions : VantoriumAdOptions {
+  /// Start the video by itself once it is seen.
+  bool shouldAutoplayVideo = true;
+  /// Start it again when it ends.
+  bool shouldLoopVideo = true;
+  /// Start without sound.
+  bool shouldMuteVideo = false;
+};
+
+/// The application's own parameters for one showing or one click; they travel with click reports.
+struct VantoriumServerParameter : VantoriumAdOptions {
+  std::optional<std::map<std::string, std::string>> parameters;
+};
+
+}  // namespace vantorium

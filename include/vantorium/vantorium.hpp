@@ -1,0 +1,127 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <vantorium/delegate.hpp>
+#include <vantorium/dispatch_queue.hpp>
+#include <vantorium/error.hpp>
+#include <vantorium/options.hpp>
+#include <vantorium/parameters.hpp>
+
+namespace vantorium {
+
+class Host;
+
+/// For developers of applications and of the SDK: another advertising service than the real one.
+struct DeveloperSettings {
+  /// Address of the service: https, or http on this machine only; scheme, host and perhaps a port, no
+  /// trailing slash.
+  std::string baseURL;
+  /// Address of the offer wall's host, likewise; empty for the real one.
+  std::string widgetURL;
+  /// PEM file of a certificate to trust besides the system's; empty for none.
+  std::filesystem::path trustedCertificate;
+};
+
+/// The one class that the application talks to. There are no instances: the functions stand for the one SDK
+/// of the process.
+///
+/// Unless it says otherwise a function may be called on any thread and returns at once. Every completion is
+/// called exactly once, never inside the call that was given it (refusals of the `show…` functions excepted),
+/// on the queue that the call names; a null queue is the main queue of the host. When a delegate call and a
+/// completion are due on the main queue, the delegate hears first. Nothing is ever thrown.
+class Vantorium {
+ public:
+  using Completion = std::function<void(bool success, std::optional<Error> error)>;
+
+  /// Keys of the `parameters` given to `configure`.
+  static constexpr const char* userIDKey = "userId";  ///< text: the user's id with the application
+  static constexpr const char* ageKey = "age";        ///< integer, years
+  static constexpr const char* genderKey = "gender";  ///< text
+  static constexpr const char* dateOfBirthdayKey = "dateOfBirth";  ///< time point
+
+  /// Chooses the machine and toolkit that ads run on, such as `gtk::makeHost` gives. To be called once, on
+  /// the main thread, before anything else: without a host the functions with a completion fail with
+  /// `internalError`, inside the call, and the others do nothing. Fails when there is a host already or
+  /// `host` is null. The host is kept until the process ends.
+  static std::optional<Error> setHost(std::shared_ptr<Host> host);
+  /// Accepted after `setHost` and before the first use; refused afterwards, and for addresses that may not be
+  /// a service's, with an error that says what is wrong. Nothing changes then.
+  static std::optional<Error> setDeveloperSettings(const DeveloperSettings& settings);
+  /// Takes away an ad that is shown, ends all work under way (each completion hears of it) and stops the
+  /// SDK's network within a second. Main thread. Afterwards, as before `setHost`, there is no host. An
+  /// application that just exits need not call it: the network stops by itself then, as quickly.
+  static void shutdown();
+
+  /// Introduces the application to the service. On success the SDK is configured, and if `autoCaching` is on
+  /// it starts to precache the interstitial and rewarded placements by itself. The delegate hears
+  /// "didConfigure" or "didFailConfigureWith:", then the completion is called on `queue`.
+  ///
+  /// Fails with `functionInProgress` while another call is under way, with the service's or the network's
+  /// error when the exchange fails; it may be tried again then. Once configured it reports success at once
+  /// and ignores its arguments.
+  static void configure(const std::string& withAppID, const std::optional<Parameters>& parameters,
+                        std::shared_ptr<DispatchQueue> queue, Completion completion);
+  static void configure(const std::string& withAppID, const std::optional<Parameters>& parameters,
+                        Completion completion);
+  static void configure(const std::string& withAppID, Completion completion);
+
+  /// Fetches a campaign for the placement and puts its files on disk, unless one is ready already. The
+  /// delegate hears "didPrecacheForPlacement:" or "didFailPrecacheForPlacement:error:", then the completion
+  /// is called on `queue`. An error beside success tells that of several campaigns the last one failed.
+  ///
+  /// Fails with `notConfigured`, with `functionInProgress` while the same placement is being precached, with
+  /// the service's or the network's error otherwise.
+  static void precacheCampaigns(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
+                                Completion completion);
+  static void precacheCampaigns(const std::string& forPlacement, Completion completion);
+
+  /// Whether a campaign of the placement is on disk and has not been shown. Quick; false before `configure`
+  /// succeeded.
+  static bool isCampaignReady(const std::string& placementID);
+
+  /// Asks the service whether an ad of the placement may be shown now. (false, none) is a refusal; an error
+  /// tells that it could not be asked.
+  static void canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
+                      Completion completion);
+  static void canView(const std::string& forPlacement, Completion completion);
+
+  /// Shows a precached campaign over the application's front screen. Main thread. The completion is called on
+  /// the main thread: with success when the ad has been closed, with an error when it could not be shown to
+  /// its end.
+  ///
+  /// Refusals call the completion inside this call: `notConfigured`; `functionInProgress` while an ad is
+  /// shown; `noInternetConnection`; `noPrecachedDataToShow` when nothing is ready; `internalError` on another
+  /// thread than the main one, when the platform cannot tell whether it is online, or when no window can take
+  /// the ad.
+  static void showCampaign(const std::string& forPlacement,
+                           std::optional<VantoriumServerParameter> serverParameter, Completion completion);
+  static void showCampaign(const std::string& forPlacement, Completion completion);
+
+  /// The diagnostic log so far, each line ended by "\n". Empty unless the service has switched test mode on.
+  static std::string getLog();
+
+  /// Whether an init exchange has succeeded. The application may write it: set to false, the next `configure`
+  /// runs a new exchange.
+  static bool isConfigured();
+  static void setIsConfigured(bool value);
+  /// Whether an init exchange is under way.
+  static bool isConfiguring();
+  static void setIsConfiguring(bool value);
+  /// Whether a full-screen ad is being prepared or shown.
+  static bool isShowingAds();
+  static void setIsShowingAds(bool value);
+  /// Whether interstitial and rewarded placements are kept precached; true at first.
+  static bool autoCaching();
+  static void setAutoCaching(bool value);
+
+  /// Who hears of configuration, precaching, clicks and rewards. Held weakly: keep your own reference.
+  static std::shared_ptr<VantoriumDelegate> delegate();
+  static void setDelegate(std::weak_ptr<VantoriumDelegate> delegate);
+};
+
+}  // namespace vantorium

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include <vantorium/dispatch_queue.hpp>
+#include <vantorium/error.hpp>
+#include <vantorium/options.hpp>
+#include <vantorium/parameters.hpp>
+
+#include "client/client.hpp"
+#include "context/sdk_context.hpp"
+#include "platform/foundation/thread_annotations.hpp"
+#include "precache/campaign_precacher.hpp"
+
+namespace vantorium {
+
+class BaseViewController;
+
+/// The whole SDK as one object: what the static facade forwards to, and what tests make for themselves. Made
+/// with `Sdk::make` on the main thread, ended with `shutdown`.
+class Sdk : public std::enable_shared_from_this<Sdk> {
+ public:
+  using Completion = std::function<void(bool success, std::optional<Error> error)>;
+
+  static std::shared_ptr<Sdk> make(std::shared_ptr<Host> host);
+  explicit Sdk(std::shared_ptr<Host> host);
+  ~Sdk();
+
+  const std::shared_ptr<SdkContext>& context() const { return context_; }
+
+  /// Points the SDK at another service. Refused, with what is wrong, once the SDK was used or when an address
+  /// may not be a service's. Any thread.
+  std::optional<Error> setServiceConfiguration(ServiceConfiguration configuration) EXCLUDES(mutex_);
+
+  // The entry points: see `Vantorium`.
+  void configure(const std::string& appID, const std::optional<Parameters>& parameters,
+                 std::shared_ptr<DispatchQueue> queue, Completion completion);
+  void precacheCampaigns(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
+                         Completion completion);
+  bool isCampaignReady(const std::string& placementID);
+  void canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue, Completion completion);
+  void showCampaign(const std::string& forPlacement, std::optional<VantoriumServerParameter> serverParameter,
+                    Completion completion);
+
+  /// Takes a screen that is shown away, ends every exchange with its one completion and stops the network,
+  /// within a second. The SDK is not to be used afterwards. Main thread; may be called twice.
+  void shutdown() EXCLUDES(mutex_);
+
+  /// The services, made on first use. Any thread.
+  std::shared_ptr<Client> client() EXCLUDES(mutex_);
+
+ private:
+  struct Identity {
+    std::string appID, userID;
+  };
+
+  void wire();
+  std::shared_ptr<CampaignPrecacher> precacher() EXCLUDES(mutex_);
+  void makeServices() EXCLUDES(mutex_);
+  void didSetUp(const Identity& identity, const std::shared_ptr<DispatchQueue>& queue,
+                const Completion& completion, bool success,
+                const std::optional<HTTPClient::Placements>& placements, const std::optional<Error>& error)
+      EXCLUDES(mutex_);
+  void startAutoCaching(const HTTPClient::Placements& placements);
+  void uploadError(const std::string& text) EXCLUDES(mutex_);
+  std::optional<Error> refusalToShow();
+
+  const std::shared_ptr<SdkContext> context_;
+  const std::thread::id mainThread_ = std::this_thread::get_id();
+  std::weak_ptr<BaseViewController> shownScreen_;  ///< main thread only
+
+  std::once_flag servicesMade_;
+  Mutex mutex_;
+  bool isInUse_ GUARDED_BY(mutex_) = false;
+  ServiceConfiguration configuration_ GUARDED_BY(mutex_);
+  std::shared_ptr<Client> client_ GUARDED_BY(mutex_);
+  std::shared_ptr<CampaignPrecacher> precacher_ GUARDED_BY(mutex_);
+  std::optional<Identity> identity_ GUARDED_BY(mutex_);  ///< of the last completed init exchange
+};
+
+}  // namespace vantorium

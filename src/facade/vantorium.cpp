@@ -1,0 +1,175 @@
+#include <utility>
+#include <vector>
+
+#include <vantorium/vantorium.hpp>
+
+#include "facade/sdk.hpp"
+
+namespace vantorium {
+
+namespace {
+
+/// The one SDK of the process.
+class Process {
+ public:
+  static Process& shared() {
+    // Never destroyed: when statics go, the toolkit under the host may be gone. The network ends by itself at
+    // exit.
+    static auto* const process = new Process;
+    return *process;
+  }
+
+  std::shared_ptr<Sdk> sdk() EXCLUDES(mutex_) {
+    MutexLock lock(mutex_);
+    return sdk_;
+  }
+
+  std::optional<Error> setHost(std::shared_ptr<Host> host) EXCLUDES(mutex_) {
+    if (!host) return VantoriumError::internalError("The host is null. Give Vantorium::setHost a host.");
+    MutexLock lock(mutex_);
+    if (sdk_) {
+      return VantoriumError::internalError(
+          "There is a host already. Call Vantorium::setHost once, at the start.");
+    }
+    sdk_ = Sdk::make(host);
+    hosts_.push_back(std::move(host));
+    return std::nullopt;
+  }
+
+  void end() EXCLUDES(mutex_) {
+    std::shared_ptr<Sdk> sdk;
+    {
+      MutexLock lock(mutex_);
+      sdk = std::exchange(sdk_, nullptr);
+    }
+    if (sdk) sdk->shutdown();
+  }
+
+ private:
+  Mutex mutex_;
+  std::shared_ptr<Sdk> sdk_ GUARDED_BY(mutex_);
+  /// Kept: the last of an ended SDK may be released on a worker thread, where no toolkit could be taken down.
+  std::vector<std::shared_ptr<Host>> hosts_ GUARDED_BY(mutex_);
+};
+
+Error noHost() {
+  return VantoriumError::internalError("There is no host. Call Vantorium::setHost before anything else.");
+}
+
+/// Calls `use` with the SDK, or completes with what is missing.
+template <typename Use>
+void withSdk(Vantorium::Completion completion, Use use) {
+  if (!completion) completion = [](bool, const std::optional<Error>&) {};
+  if (const auto sdk = Process::shared().sdk()) {
+    use(*sdk, std::move(completion));
+  } else {
+    completion(false, noHost());
+  }
+}
+
+SdkContext::Flags flags() {
+  const auto sdk = Process::shared().sdk();
+  return sdk ? sdk->context()->flags() : SdkContext::Flags{};
+}
+
+void setFlag(bool SdkContext::Flags::*flag, bool value) {
+  const auto sdk = Process::shared().sdk();
+  if (sdk) sdk->context()->updateFlags([&](SdkContext::Flags& all) { all.*flag = value; });
+}
+
+}  // namespace
+
+std::optional<Error> Vantorium::setHost(std::shared_ptr<Host> host) {
+  return Process::shared().setHost(std::move(host));
+}
+
+std::optional<Error> Vantorium::setDeveloperSettings(const DeveloperSettings& settings) {
+  const auto sdk = Process::shared().sdk();
+  if (!sdk) return noHost();
+  ServiceConfiguration configuration;
+  configuration.baseURL = settings.baseURL;
+  if (!settings.widgetURL.empty()) configuration.widgetURL = settings.widgetURL;
+  configuration.trustedCertificate = settings.trustedCertificate;
+  return sdk->setServiceConfiguration(std::move(configuration));
+}
+
+void Vantorium::shutdown() { Process::shared().end(); }
+
+void Vantorium::configure(const std::string& withAppID, const std::optional<Parameters>& parameters,
+                          std::shared_ptr<DispatchQueue> queue, Completion completion) {
+  withSdk(std::move(completion), [&](Sdk& sdk, Completion answer) {
+    sdk.configure(withAppID, parameters, std::move(queue), std::move(answer));
+  });
+}
+
+void Vantorium::configure(const std::string& withAppID, const std::optional<Parameters>& parameters,
+                          Completion completion) {
+  configure(withAppID, parameters, nullptr, std::move(completion));
+}
+
+void Vantorium::configure(const std::string& withAppID, Completion completion) {
+  configure(withAppID, std::nullopt, nullptr, std::move(completion));
+}
+
+void Vantorium::precacheCampaigns(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
+                                  Completion completion) {
+  withSdk(std::move(completion), [&](Sdk& sdk, Completion answer) {
+    sdk.precacheCampaigns(forPlacement, std::move(queue), std::move(answer));
+  });
+}
+
+void Vantorium::precacheCampaigns(const std::string& forPlacement, Completion completion) {
+  precacheCampaigns(forPlacement, nullptr, std::move(completion));
+}
+
+bool Vantorium::isCampaignReady(const std::string& placementID) {
+  const auto sdk = Process::shared().sdk();
+  return sdk && sdk->isCampaignReady(placementID);
+}
+
+void Vantorium::canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
+                        Completion completion) {
+  withSdk(std::move(completion), [&](Sdk& sdk, Completion answer) {
+    sdk.canView(forPlacement, std::move(queue), std::move(answer));
+  });
+}
+
+void Vantorium::canView(const std::string& forPlacement, Completion completion) {
+  canView(forPlacement, nullptr, std::move(completion));
+}
+
+void Vantorium::showCampaign(const std::string& forPlacement,
+                             std::optional<VantoriumServerParameter> serverParameter, Completion completion) {
+  withSdk(std::move(completion), [&](Sdk& sdk, Completion answer) {
+    sdk.showCampaign(forPlacement, std::move(serverParameter), std::move(answer));
+  });
+}
+
+void Vantorium::showCampaign(const std::string& forPlacement, Completion completion) {
+  showCampaign(forPlacement, std::nullopt, std::move(completion));
+}
+
+std::string Vantorium::getLog() {
+  const auto sdk = Process::shared().sdk();
+  return sdk ? sdk->context()->log() : std::string();
+}
+
+bool Vantorium::isConfigured() { return flags().isConfigured; }
+void Vantorium::setIsConfigured(bool value) { setFlag(&SdkContext::Flags::isConfigured, value); }
+bool Vantorium::isConfiguring() { return flags().isConfiguring; }
+void Vantorium::setIsConfiguring(bool value) { setFlag(&SdkContext::Flags::isConfiguring, value); }
+bool Vantorium::isShowingAds() { return flags().isShowingAds; }
+void Vantorium::setIsShowingAds(bool value) { setFlag(&SdkContext::Flags::isShowingAds, value); }
+bool Vantorium::autoCaching() { return flags().autoCaching; }
+void Vantorium::setAutoCaching(bool value) { setFlag(&SdkContext::Flags::autoCaching, value); }
+
+std::shared_ptr<VantoriumDelegate> Vantorium::delegate() {
+  const auto sdk = Process::shared().sdk();
+  return sdk ? sdk->context()->delegate() : nullptr;
+}
+
+void Vantorium::setDelegate(std::weak_ptr<VantoriumDelegate> delegate) {
+  if (const auto sdk = Process::shared().sdk()) sdk->context()->setDelegate(std::move(delegate));
+}
+
+}  // namespace vantorium
