@@ -1,0 +1,53 @@
+#pragma once
+
+#include <gtkmm.h>
+
+#include <memory>
+#include <vector>
+
+#include "hosts/gtk/image_loader.hpp"
+#include "hosts/gtk/orientation_sensor.hpp"
+#include "hosts/gtk/stage.hpp"
+#include "platform/ui/application.hpp"
+
+namespace vantorium::gtk {
+
+/// The GTK application that the SDK lives in, by its attached windows.
+class DesktopApplication final : public ui::Application {
+ public:
+  /// `print` writes a line to the application's console.
+  DesktopApplication(std::string storeURL, std::function<void(std::string_view line)> print);
+
+  void attach(Gtk::Window& window);
+  void holdDevice(ui::DeviceOrientation orientation) { sensor_.hold(orientation); }
+
+  std::shared_ptr<ui::ViewController> rootViewController() override;
+  ui::Rect screenBounds() const override;
+  /// The windows of a desktop do not turn by themselves.
+  ui::InterfaceOrientation interfaceOrientation() const override {
+    return ui::InterfaceOrientation::portrait;
+  }
+  ui::DeviceOrientation deviceOrientation() const override { return sensor_.orientation(); }
+  void didPresent(ui::ViewController& screen, bool animated) override;
+  void didDismiss(ui::ViewController& screen, bool animated) override;
+  std::string storeURL(const std::string& productID) const override;
+
+ protected:
+  void performOpenURL(const std::string& url, std::function<void(bool opened)> completion) override;
+  void refusedURL(const std::string& url) override;
+
+ private:
+  Stage* keyStage() const;
+  Stage* stageWithAd() const;
+  void closed(Stage& stage);
+  void updateForeground();
+
+  std::string storeURL_;
+  std::function<void(std::string_view)> print_;
+  std::shared_ptr<ImageLoader> images_ = std::make_shared<ImageLoader>();
+  std::vector<std::unique_ptr<Stage>> stages_;  ///< in the order in which they were attached
+  OrientationSensor sensor_;
+  bool isInForeground_ = false;
+};
+
+}  // namespace vantorium::gtk

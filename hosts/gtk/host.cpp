@@ -1,0 +1,76 @@
+#include "hosts/gtk/host.hpp"
+
+#include <cstdio>
+#include <utility>
+
+#include "hosts/gtk/media_player.hpp"
+#include "hosts/gtk/reachability_probe.hpp"
+
+namespace vantorium::gtk {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+Directories directoriesOf(const HostOptions& options) {
+  const std::string name = options.applicationID.empty() ? "vantorium" : options.applicationID;
+  return {fs::path(g_get_user_cache_dir()) / name, fs::path(g_get_user_config_dir()) / name};
+}
+
+// One write, so that lines of several threads do not mix.
+void printLine(std::string_view line) {
+  std::string whole(line);
+  whole += '\n';
+  std::fwrite(whole.data(), 1, whole.size(), stdout);
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+DesktopHost::DesktopHost(HostOptions options)
+    : options_(std::move(options)),
+      directories_(directoriesOf(options_)),
+      device_(options_, directories_.preferences),
+      application_(options_.storeURL, printLine) {}
+
+std::unique_ptr<ReachabilityProbe> DesktopHost::makeReachabilityProbe() {
+  return std::make_unique<RouteProbe>(device_.radioTechnology(), options_.treatLoopbackAsOnline);
+}
+
+void DesktopHost::print(std::string_view line) { printLine(line); }
+
+std::shared_ptr<WebEngine> DesktopHost::makeWebEngine() {
+  if (!web_) web_ = std::make_shared<WebContext>(directories_.caches / "page-filters", mainQueue_);
+  return std::make_shared<WebKitEngine>(web_);
+}
+
+std::shared_ptr<MediaPlayer> DesktopHost::makePlayer(const std::string& path) {
+  return std::make_shared<StreamPlayer>(path, clock_);
+}
+
+std::shared_ptr<ui::StoreProductViewController> DesktopHost::makeStoreProductViewController() {
+  return std::make_shared<ui::StoreProductViewController>(application_);
+}
+
+namespace {
+
+// Only this file makes hosts that these functions are given.
+DesktopHost& desktop(Host& host) { return dynamic_cast<DesktopHost&>(host); }
+
+}  // namespace
+
+std::shared_ptr<Host> makeHost(HostOptions options) {
+  return std::make_shared<DesktopHost>(std::move(options));
+}
+
+void attach(Host& host, Gtk::Window& window) { desktop(host).application().attach(window); }
+
+static_assert(static_cast<int>(DeviceOrientation::faceDown) ==
+                  static_cast<int>(ui::DeviceOrientation::faceDown),
+              "the public names number the readings as the port does");
+
+void setDeviceOrientation(Host& host, DeviceOrientation orientation) {
+  desktop(host).application().holdDevice(static_cast<ui::DeviceOrientation>(orientation));
+}
+
+}  // namespace vantorium::gtk

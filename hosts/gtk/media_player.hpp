@@ -1,0 +1,57 @@
+#pragma once
+
+#include <gtkmm.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "hosts/gtk/native.hpp"
+#include "platform/av/media_player.hpp"
+#include "platform/foundation/clock.hpp"
+
+namespace vantorium::gtk {
+
+/// Plays through GTK's media stream, that is GStreamer.
+class StreamPlayer final : public MediaPlayer, public NativePicture {
+ public:
+  StreamPlayer(std::string path, Clock& clock);
+  ~StreamPlayer() override;
+
+  void play() override;
+  void pause() override;
+  void seek(double seconds, bool exact) override;
+  bool isMuted() const override;
+  void setMuted(bool muted) override;
+  bool isPlaying() const override;
+  double currentTime() const override;
+  double duration() const override;
+  ui::Size presentationSize() const override;
+  std::optional<Error> error() const override { return error_; }
+  void setHandlers(Handlers handlers) override;
+
+  Glib::RefPtr<Gdk::Paintable> paintable() override;
+
+ private:
+  void open();
+  void streamChanged(GtkMediaStream& stream, const std::string& property);
+  void prepared();
+  void sizeChanged();
+  void failed(const GError& error);
+  void updateTicking();
+  void tick();
+  static void notify(GtkMediaStream* stream, GParamSpec* property, StreamPlayer* self);
+
+  std::string path_;
+  Clock& clock_;
+  GtkMediaStream* stream_ = nullptr;
+  Handlers handlers_;
+  ui::Size size_;
+  bool couldPlay_ = false;  ///< the file was once found playable
+  std::optional<Error> error_;
+  std::optional<double> seekTarget_;  ///< until the stream tells that it is there
+  std::unique_ptr<Timer> ticking_;
+  std::unique_ptr<Timer> failing_;  ///< tells of an error found before there was anybody to hear of it
+};
+
+}  // namespace vantorium::gtk

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+
+#include "hosts/gtk/system_service.hpp"
+#include "platform/ui/application.hpp"
+
+namespace vantorium::gtk {
+
+/// How the device is held, as iio-sensor-proxy tells; portrait where there is no such sensor. The sensor is
+/// used only while it is claimed. Main thread only.
+class OrientationSensor {
+ public:
+  explicit OrientationSensor(std::function<void()> changed);
+
+  void setClaimed(bool claimed);
+  ui::DeviceOrientation orientation() const { return orientation_; }
+  /// From now on the device is held like this, whatever the sensor says.
+  void hold(ui::DeviceOrientation orientation);
+
+ private:
+  void update();
+  void set(ui::DeviceOrientation orientation);
+
+  std::function<void()> changed_;
+  ui::DeviceOrientation orientation_ = ui::DeviceOrientation::portrait;
+  bool isHeld_ = false, isWanted_ = false, isClaimed_ = false;
+  SystemService service_;
+};
+
+}  // namespace vantorium::gtk

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "platform/net/reachability_probe.hpp"
+
+namespace vantorium::gtk {
+
+/// The kernel's routes (netlink): online while a default route leads through a link that is up.
+class RouteProbe final : public ReachabilityProbe {
+ public:
+  /// `radioTechnology` answers, on any thread, what the modem uses. With `loopbackIsEnough`, a machine
+  /// without a way out counts as online too.
+  RouteProbe(std::function<std::optional<std::string>()> radioTechnology, bool loopbackIsEnough)
+      : radioTechnology_(std::move(radioTechnology)), loopbackIsEnough_(loopbackIsEnough) {}
+
+  std::optional<std::uint32_t> flags() override;
+  std::optional<std::string> radioAccessTechnology() override { return radioTechnology_(); }
+
+ private:
+  std::function<std::optional<std::string>()> radioTechnology_;
+  bool loopbackIsEnough_;
+};
+
+}  // namespace vantorium::gtk

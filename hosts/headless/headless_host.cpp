@@ -1,0 +1,214 @@
+#include "hosts/headless/headless_host.hpp"
+
+#include <fmt/format.h>
+
+#include <cstdlib>
+
+#include "hosts/headless/snapshot.hpp"
+#include "platform/ui/controls.hpp"
+
+namespace vantorium::headless {
+
+using nlohmann::json;
+
+namespace {
+
+class Probe : public ReachabilityProbe {
+ public:
+  explicit Probe(std::shared_ptr<HeadlessReachability> network) : network_(std::move(network)) {}
+  std::optional<std::uint32_t> flags() override { return network_->state().flags; }
+  std::optional<std::string> radioAccessTechnology() override { return network_->state().radio; }
+  bool reachableOnWWAN() const override { return network_->state().reachableOnWWAN; }
+  bool isRunningOnDevice() const override { return network_->state().isRunningOnDevice; }
+
+ private:
+  std::shared_ptr<HeadlessReachability> network_;
+};
+
+bool contains(const json& event, const json& fields) {
+  for (const auto& [name, value] : fields.items()) {
+    if (!event.contains(name) || event[name] != value) return false;
+  }
+  return true;
+}
+
+bool isVisible(const ui::View& view) {
+  for (const ui::View* each = &view; each != nullptr; each = each->superview()) {
+    if (each->isHidden()) return false;
+  }
+  return true;
+}
+
+Error scriptedError(const std::string& text) { return Error::platform("script", 1, text); }
+
+}  // namespace
+
+Host::Host(Options options)
+    : options_(std::move(options)),
+      loop_(std::make_shared<MainLoop>(options_.clock)),
+      application_(loop_, sink()) {}
+
+EventSink Host::sink() {
+  return [this](json event) { tell(std::move(event)); };
+}
+
+Directories Host::directories() const { return {options_.home / "caches", options_.home / "preferences"}; }
+
+std::unique_ptr<ReachabilityProbe> Host::makeReachabilityProbe() {
+  return options_.hasReachabilityMonitor ? std::make_unique<Probe>(reachability_) : nullptr;
+}
+
+void Host::print(std::string_view line) { tell({{"event", "console"}, {"line", std::string(line)}}); }
+
+WebEngineGeneration Host::webEngineGeneration() const {
+  const int major = std::atoi(device_.facts().systemVersion.c_str());
+  return major >= 9 ? WebEngineGeneration::newer : WebEngineGeneration::older;
+}
+
+std::shared_ptr<WebEngine> Host::makeWebEngine() {
+  const bool newer = webEngineGeneration() == WebEngineGeneration::newer;
+  return std::make_shared<ScriptedWebEngine>(sink(), newer ? "newer" : "older");
+}
+
+std::shared_ptr<MediaPlayer> Host::makePlayer(const std::string& path) {
+  return std::make_shared<ScriptedPlayer>(sink(), path);
+}
+
+std::shared_ptr<ui::StoreProductViewController> Host::makeStoreProductViewController() {
+  return std::make_shared<ScriptedStoreSheet>(application_, sink());
+}
+
+void Host::tell(json event) {
+  {
+    MutexLock lock(eventsMutex_);
+    events_.push_back(event);
+  }
+  if (observer_) observer_(std::move(event));
+  loop_->async([] {});  // wakes whoever awaits an event
+}
+
+std::vector<json> Host::events() const {
+  MutexLock lock(eventsMutex_);
+  return events_;
+}
+
+json Host::awaitEvent(const json& fields, double timeoutSeconds) {
+  json found;
+  loop_->runUntil(
+      [&] {
+        MutexLock lock(eventsMutex_);
+        while (awaited_ < events_.size()) {
+          const json& event = events_[awaited_++];
+          if (!contains(event, fields)) continue;
+          found = event;
+          return true;
+        }
+        return false;
+      },
+      Seconds{timeoutSeconds});
+  return found;
+}
+
+std::shared_ptr<ScriptedPlayer> Host::frontPlayer() {
+  std::shared_ptr<ScriptedPlayer> found;
+  const auto screen = application_.frontScreen();
+  if (!screen) return found;
+  forEachView(screen->view(), [&](ui::View& view) {
+    for (const auto& layer : view.sublayers()) {
+      const auto* const playerLayer = dynamic_cast<ui::PlayerLayer*>(layer.get());
+      if (playerLayer != nullptr) found = std::dynamic_pointer_cast<ScriptedPlayer>(playerLayer->player());
+    }
+  });
+  return found;
+}
+
+std::shared_ptr<ScriptedWebEngine> Host::frontWebEngine() {
+  std::shared_ptr<ScriptedWebEngine> found;
+  const auto screen = application_.frontScreen();
+  if (!screen) return found;
+  forEachView(screen->view(), [&](ui::View& view) {
+    if (auto engine = std::dynamic_pointer_cast<ScriptedWebEngine>(view.shared_from_this())) found = engine;
+  });
+  return found;
+}
+
+Host::Refusal Host::navigate(const std::string& url, WebViewNavigationType type) {
+  const auto engine = frontWebEngine();
+  if (!engine) return "No screen with a page is in front.";
+  engine->navigate(url, type);
+  return std::nullopt;
+}
+
+Host::Refusal Host::failPage(const std::string& text) {
+  const auto engine = frontWebEngine();
+  if (!engine) return "No screen with a page is in front.";
+  engine->fail(scriptedError(text));
+  return std::nullopt;
+}
+
+Host::Refusal Host::moveVideo(double position, double duration) {
+  const auto player = frontPlayer();
+  if (!player) return "No screen with a video is in front.";
+  player->moveTo(position, duration);
+  return std::nullopt;
+}
+
+Host::Refusal Host::videoEvent(const std::string& event, const std::string& error) {
+  const auto player = frontPlayer();
+  if (!player) return "No screen with a video is in front.";
+  if (event == "ended") {
+    player->playToEnd();
+  } else if (event == "failedToEnd") {
+    player->failToPlayToEnd();
+  } else if (event == "failed") {
+    player->fail(scriptedError(error));
+  } else {
+    return fmt::format("\"{}\" is no video event; expected ended, failedToEnd or failed.", event);
+  }
+  return std::nullopt;
+}
+
+Host::Refusal Host::setVideoSize(double width, double height) {
+  const auto player = frontPlayer();
+  if (!player) return "No screen with a video is in front.";
+  player->setPresentationSize({width, height});
+  return std::nullopt;
+}
+
+Host::Refusal Host::tap(const std::string& control) {
+  const auto screen = application_.frontScreen();
+  if (!screen) return "No ad screen is in front.";
+  if (control == "back") {
+    screen->handleBack();
+    return std::nullopt;
+  }
+  std::shared_ptr<ui::View> target;
+  forEachView(screen->view(), [&](ui::View& view) {
+    if (view.outlet() == control) target = view.shared_from_this();
+  });
+  if (!target) return fmt::format("The screen {} has no control \"{}\".", screen->className(), control);
+  if (!isVisible(*target)) return fmt::format("The control \"{}\" is hidden.", control);
+  target->handleTap();
+  return std::nullopt;
+}
+
+Host::Refusal Host::finishStore() {
+  const auto sheet = std::dynamic_pointer_cast<ScriptedStoreSheet>(application_.frontScreen());
+  if (!sheet) return "No store sheet is in front.";
+  sheet->finish();
+  return std::nullopt;
+}
+
+void Host::setScreen(double width, double height) {
+  device_.set("screen", {width, height});
+  application_.setScreen({width, height});
+}
+
+json Host::snapshot() {
+  const auto screen = application_.frontScreen();
+  if (!screen) return nullptr;
+  screen->view().window()->layoutIfNeeded();
+  return snapshotOf(*screen);
+}
+
+}  // namespace vantorium::headless
