@@ -1,0 +1,70 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "sandbox/service/answer.hpp"
+
+namespace vantorium::sandbox {
+
+/// What the service has to offer, read from a folder and changed by tests. "{{base}}" is filled in where it
+/// is handed out. Callable on any thread.
+///
+/// init.json                   the whole init answer
+/// campaigns/PLACEMENT.json    array of campaigns; native/PLACEMENT.json likewise
+/// offers/PLACEMENT.json       object
+/// rewarded_popup.html         template
+/// static/ media/ track/       files, served under these paths
+class Catalogue {
+ public:
+  /// Throws std::runtime_error saying which file is missing or malformed, and where.
+  explicit Catalogue(std::filesystem::path folder);
+
+  void setBaseURL(std::string baseURL);
+
+  nlohmann::json initAnswer() const;
+  /// The campaigns of a placement; nullopt when it is neither in the catalogue nor in the init answer.
+  std::optional<nlohmann::json> campaigns(const std::string& placement) const;
+  std::optional<nlohmann::json> nativeAds(const std::string& placement) const;
+  std::optional<nlohmann::json> offer(const std::string& placement) const;
+  std::optional<std::string> popupTemplate() const;
+  /// "true" for every placement until set.
+  std::string canReward(const std::string& placement) const;
+  std::string canView(const std::string& placement) const;
+  /// A file of static/, media/ or track/ by its decoded path; texts are filled in.
+  std::optional<Answer> file(const std::string& path) const;
+  /// What a test set for exactly this path.
+  std::optional<Answer> fixedAnswer(const std::string& path) const;
+
+  void setInitAnswer(nlohmann::json answer);
+  void setCampaigns(const std::string& placement, nlohmann::json campaigns);
+  void setAnswer(const std::string& path, Answer answer);
+  void setCanReward(const std::string& placement, std::string text);
+  void setCanView(const std::string& placement, std::string text);
+
+ private:
+  using ByPlacement = std::map<std::string, nlohmann::json>;
+
+  std::optional<nlohmann::json> filled(const ByPlacement& records, const std::string& placement) const;
+  std::string filledText(std::string text) const;
+
+  const std::filesystem::path folder_;
+  mutable std::mutex mutex_;  // guards everything below
+  std::string baseURL_;
+  nlohmann::json init_;
+  ByPlacement campaigns_;
+  ByPlacement nativeAds_;
+  ByPlacement offers_;
+  std::map<std::string, std::string> canReward_;
+  std::map<std::string, std::string> canView_;
+  std::map<std::string, Answer> fixed_;
+};
+
+/// Replaces `placeholder` in every string of a JSON value.
+void fillIn(nlohmann::json& value, const std::string& placeholder, const std::string& replacement);
+
+}  // namespace vantorium::sandbox
