@@ -1,0 +1,63 @@
+// What the SDK's calls cost the thread that makes them.
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "bench_world.hpp"
+
+namespace vantorium::bench {
+namespace {
+
+/// One whole start per round: a new process's worth of SDK, its services, its settings written to disk.
+void configure(benchmark::State& state) {
+  sandbox::Server server{sandbox::Options{}};
+  server.start();
+  server.setInitAnswer({{"status", "success"}, {"token", "t"}});
+  const Home home;
+  std::vector<double> milliseconds;
+  for (auto _ : state) {
+    const auto host = makeHost(home, headless::ClockKind::virtualTime);
+    const auto sdk = makeSdk(host, server.baseURL());
+    bool ended = false;
+    const auto start = std::chrono::steady_clock::now();
+    sdk->configure("bench", Parameters{{"userId", "u"}, {"age", 30}}, nullptr,
+                   [&](bool, const std::optional<Error>&) { ended = true; });
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    state.SetIterationTime(taken.count());
+    milliseconds.push_back(taken.count() * 1000);
+    host->loop().runUntil([&] { return ended; });
+    sdk->shutdown();
+  }
+  std::sort(milliseconds.begin(), milliseconds.end());
+  state.counters["median_ms"] = milliseconds[milliseconds.size() / 2];
+  state.counters["p99_ms"] = milliseconds[milliseconds.size() * 99 / 100];
+}
+BENCHMARK(configure)->UseManualTime()->Iterations(500)->Unit(benchmark::kMillisecond);
+
+/// `range` of the 10,000 campaigns have been shown.
+void isCampaignReady(benchmark::State& state) {
+  sandbox::Server server{sandbox::Options{}};
+  server.start();
+  server.setInitAnswer({{"status", "success"}, {"token", "t"}});
+  const Home home;
+  const auto host = makeHost(home, headless::ClockKind::virtualTime);
+  const auto sdk = makeSdk(host, server.baseURL());
+  configureAndWait(*sdk, *host);
+  for (int i = 0; i < 10'000; ++i) {
+    auto campaign = std::make_shared<Campaign>(nlohmann::json::object());
+    campaign->isUsed = i < state.range(0);
+    sdk->client()->cacheClient->add(campaign, "p");
+  }
+  for (auto _ : state) benchmark::DoNotOptimize(sdk->isCampaignReady("p"));
+  sdk->shutdown();
+}
+BENCHMARK(isCampaignReady)->Arg(0)->Arg(9'999)->Arg(10'000)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+}  // namespace vantorium::bench
+
+BENCHMARK_MAIN();
