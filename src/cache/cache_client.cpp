@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <system_error>
+#include <utility>
 
 #include "cache/confinement.hpp"
 #include "platform/foundation/async_block_operation.hpp"
@@ -215,9 +216,10 @@ void CacheClient::precacheFiles(const std::string& forIdentifier, const std::vec
         }));
   }
   // The queue is named by its address: if its own block held it, neither would ever go.
-  queue->setCompletionBlock([self = shared_from_this(), name = queue.get(), files, completion] {
-    self->dispatchQueue_->async([=] { self->finishBatch(name, files, completion); });
-  });
+  queue->setCompletionBlock(
+      [self = shared_from_this(), name = queue.get(), files, completion = std::move(completion)] {
+        self->dispatchQueue_->async([=] { self->finishBatch(name, files, completion); });
+      });
   {
     const MutexLock lock(mutex_);
     downloadQueues_.push_back(queue);

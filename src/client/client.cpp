@@ -21,7 +21,7 @@ std::shared_ptr<HTTPSession> makeSession(const SdkContext& context,
 
 }  // namespace
 
-Client::Client(std::shared_ptr<SdkContext> sdkContext, ServiceConfiguration configuration)
+Client::Client(std::shared_ptr<SdkContext> sdkContext, const ServiceConfiguration& configuration)
     : context(std::move(sdkContext)),
       widgetURL(configuration.widgetURL),
       session_(makeSession(*context, configuration)),

@@ -27,7 +27,7 @@ struct ServiceConfiguration {
 /// The SDK's services, made together and kept for its life. Making one empties the cache folder.
 class Client {
  public:
-  explicit Client(std::shared_ptr<SdkContext> sdkContext, ServiceConfiguration configuration = {});
+  explicit Client(std::shared_ptr<SdkContext> sdkContext, const ServiceConfiguration& configuration = {});
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;
 

@@ -69,12 +69,12 @@ void Sdk::configure(const std::string& appID, const std::optional<Parameters>& p
   const std::string userID = services->userDefaultsClient->recordLaunch(userIDOf(parameters));
   const nlohmann::json body = InitRequestBuilder::requestBody(
       context_->host(), *services->userDefaultsClient->defaults(), appID, userID, parameters);
-  services->httpClient->setUp(
-      body, [self = shared_from_this(), identity = Identity{appID, userID}, queue, completion](
-                bool success, const std::optional<HTTPClient::Placements>& placements,
-                const std::optional<Error>& error) {
-        self->didSetUp(identity, queue, completion, success, placements, error);
-      });
+  services->httpClient->setUp(body, [self = shared_from_this(), identity = Identity{appID, userID},
+                                     queue = std::move(queue), completion = std::move(completion)](
+                                        bool success, const std::optional<HTTPClient::Placements>& placements,
+                                        const std::optional<Error>& error) {
+    self->didSetUp(identity, queue, completion, success, placements, error);
+  });
   const auto idfa = body.find("idfa");
   if (idfa != body.end() && idfa->is_string()) {
     context_->host().print(fmt::format("VANTORIUM LOG: Copy your IDFA here: {}", idfa->get<std::string>()));

@@ -12,7 +12,7 @@ namespace vantorium {
 
 /// What a JSON text may hold before it is refused; both keep a hostile text from exhausting stack or memory.
 inline constexpr int maxJSONDepth = 128;
-inline constexpr std::size_t maxJSONBytes = 4 * 1024 * 1024;
+inline constexpr std::size_t maxJSONBytes = std::size_t{4} << 20U;
 
 /// The parsed text, or none with `error` set to a "json" error that says where and why. Never throws.
 std::optional<nlohmann::json> parseJSON(std::string_view text, std::optional<Error>& error);

@@ -8,7 +8,7 @@
 namespace vantorium {
 
 /// The largest page, in bytes, that is rewritten.
-inline constexpr std::size_t largestPage = 8 * 1024 * 1024;
+inline constexpr std::size_t largestPage = std::size_t{8} << 20U;
 
 /// An end card's page that refers to local copies: every "{{customImage}}" becomes `customImage`, then every
 /// URL of `assetURLs` the path of its copy. None when the page is larger than

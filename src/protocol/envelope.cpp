@@ -8,7 +8,7 @@ namespace vantorium {
 namespace {
 
 /// Nobody reads more of a bad answer, and it is sent over the user's connection.
-constexpr std::size_t longestQuotedBody = 1024 * 1024;
+constexpr std::size_t longestQuotedBody = std::size_t{1} << 20U;
 
 }  // namespace
 

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "platform/foundation/url.hpp"
+#include "platform/foundation/ascii.hpp"
 #include "platform/ui/interface_file.hpp"
 
 namespace vantorium {
@@ -88,10 +88,7 @@ void CampaignVC::viewDidLayoutSubviews() {
 
 OrientationMask CampaignVC::supportedOrientations() const {
   if (!isPlayable()) return OrientationMask::all;
-  std::string orientation = campaign_->orientation;
-  for (char& letter : orientation) {
-    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-  }
+  const std::string orientation = asciiLowered(campaign_->orientation);
   if (orientation == "landscape") return OrientationMask::landscape;
   if (orientation == "portrait") return OrientationMask::portrait;
   return OrientationMask::all;

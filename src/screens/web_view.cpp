@@ -2,9 +2,10 @@
 
 #include <unicode/unistr.h>
 
-#include <cctype>
 #include <cstdint>
+#include <string_view>
 
+#include "platform/foundation/ascii.hpp"
 #include "platform/foundation/files.hpp"
 #include "platform/foundation/url.hpp"
 
@@ -82,13 +83,9 @@ std::string commandOf(const std::string& url) {
   // missed.
   const std::size_t colon = url.find(':');
   if (colon == std::string::npos || colon == 0) return {};
-  std::string scheme = url.substr(0, colon);
-  for (char& character : scheme) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (std::isalnum(byte) == 0 && character != '+' && character != '-' && character != '.') return {};
-    character = static_cast<char>(std::tolower(byte));
-  }
-  return scheme;
+  const std::string scheme = asciiLowered(url.substr(0, colon));
+  constexpr std::string_view allowed = "abcdefghijklmnopqrstuvwxyz0123456789+-.";
+  return scheme.find_first_not_of(allowed) == std::string::npos ? scheme : std::string{};
 }
 
 }  // namespace vantorium

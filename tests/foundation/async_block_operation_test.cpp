@@ -96,6 +96,22 @@ TEST(BlockOperationQueueTest, OperationsWithoutAQueueOrACompletionFinishQuietly)
   EXPECT_EQ(ran.get_future().wait_for(patience), std::future_status::ready);
 }
 
+TEST(BlockOperationQueueTest, WorkThatIsDroppedEndsItsOperation) {
+  auto queue = std::make_shared<BlockOperationQueue>();
+  queue->setMaxConcurrentOperationCount(1);
+  std::promise<void> completed;
+  queue->setCompletionBlock([&] { completed.set_value(); });
+  // The first one's work forgets it; only then does the second have its turn.
+  queue->addOperations({std::make_shared<AsyncBlockOperation>(queue, [](const Operation&) {}),
+                        std::make_shared<AsyncBlockOperation>(
+                            queue, [](const Operation& operation) { operation->finish(); })});
+  {
+    const AsyncBlockOperation neverAdded(queue, [](const Operation&) {});
+  }
+  ASSERT_EQ(completed.get_future().wait_for(patience), std::future_status::ready);
+  EXPECT_TRUE(queue->operations().empty());
+}
+
 TEST(BlockOperationQueueTest, ThousandsThatFinishAtOnceCompleteOnceAndAreFreed) {
   constexpr int count = 10'000;
   auto queue = std::make_shared<BlockOperationQueue>();

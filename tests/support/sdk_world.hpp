@@ -12,6 +12,7 @@
 
 #include "facade/sdk.hpp"
 #include "hosts/headless/headless_host.hpp"
+#include "platform/foundation/thread_annotations.hpp"
 #include "sandbox/server.hpp"
 #include "support/host_lease.hpp"
 #include "support/temporary_directory.hpp"
@@ -45,6 +46,27 @@ class RecordingDelegate : public VantoriumDelegate {
   std::vector<std::string>& lines_;
 };
 
+/// Wakes the main loop of the moment from any thread, so that who waits on it looks again.
+class Bell {
+ public:
+  void hang(std::shared_ptr<DispatchQueue> loop) EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    loop_ = std::move(loop);
+  }
+  void ring() EXCLUDES(mutex_) {
+    std::shared_ptr<DispatchQueue> loop;
+    {
+      const MutexLock lock(mutex_);
+      loop = loop_;
+    }
+    if (loop) loop->async([] {});
+  }
+
+ private:
+  Mutex mutex_;
+  std::shared_ptr<DispatchQueue> loop_ GUARDED_BY(mutex_);
+};
+
 /// An application on a headless host, an ad service and the whole SDK between the two.
 struct SdkWorld {
   SdkWorld() {
@@ -57,6 +79,7 @@ struct SdkWorld {
   void restart() {
     if (sdk) end();
     host = std::make_shared<headless::Host>(options());
+    bell.hang(host->mainQueue());
     lease.emplace(host);
     sdk = Sdk::make(lease->lend());
     ServiceConfiguration configuration;
@@ -138,7 +161,8 @@ struct SdkWorld {
 
   TemporaryDirectory home;
   bool hasMonitor = true;
-  sandbox::Server server{sandbox::Options{}};
+  Bell bell;  ///< rings when the service records something
+  sandbox::Server server{sandbox::Options{.onRecord = [this](const nlohmann::json&) { bell.ring(); }}};
   std::vector<std::string> lines;
   std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>(lines);
   std::shared_ptr<headless::Host> host;

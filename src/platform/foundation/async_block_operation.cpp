@@ -10,6 +10,8 @@ namespace vantorium {
 AsyncBlockOperation::AsyncBlockOperation(std::shared_ptr<BlockOperationQueue> queue, Block block)
     : operationQueue_(std::move(queue)), block_(std::move(block)) {}
 
+AsyncBlockOperation::~AsyncBlockOperation() { leave(); }
+
 void AsyncBlockOperation::start() {
   Block block;
   {
@@ -23,6 +25,10 @@ void AsyncBlockOperation::start() {
 
 void AsyncBlockOperation::finish() {
   const auto self = shared_from_this();  // the queue's may be the last reference
+  leave();
+}
+
+void AsyncBlockOperation::leave() {
   std::shared_ptr<BlockOperationQueue> queue;
   {
     const MutexLock lock(mutex_);
@@ -67,20 +73,23 @@ void BlockOperationQueue::addOperations(const std::vector<std::shared_ptr<AsyncB
 
 std::vector<std::shared_ptr<AsyncBlockOperation>> BlockOperationQueue::operations() const {
   const MutexLock lock(mutex_);
-  auto all = executing_;
+  std::vector<std::shared_ptr<AsyncBlockOperation>> all;
+  for (const Executing& each : executing_) {
+    if (auto operation = each.operation.lock()) all.push_back(std::move(operation));
+  }
   all.insert(all.end(), waiting_.begin(), waiting_.end());
   return all;
 }
 
 void BlockOperationQueue::operationFinished(const AsyncBlockOperation& operation) {
-  const auto isIt = [&](const auto& one) { return one.get() == &operation; };
   std::function<void()> completionBlock;
   {
     // Leaving the list and looking whether it is empty are one step: only the last one to leave sees it
     // empty.
     const MutexLock lock(mutex_);
-    if (std::erase_if(executing_, isIt) == 0)
-      std::erase_if(waiting_, isIt);  // finished before it was started
+    const auto left = std::erase_if(executing_, [&](const Executing& one) { return one.key == &operation; }) +
+                      std::erase_if(waiting_, [&](const auto& one) { return one.get() == &operation; });
+    if (left == 0) return;  // it was never added
     if (executing_.empty() && waiting_.empty()) completionBlock = completionBlock_;
     startWaiting();
   }
@@ -93,9 +102,10 @@ void BlockOperationQueue::startWaiting() {
            executing_.size() < static_cast<std::size_t>(maxConcurrentOperationCount_);
   };
   while (!waiting_.empty() && hasSlot()) {
-    executing_.push_back(std::move(waiting_.front()));
+    auto operation = std::move(waiting_.front());
     waiting_.pop_front();
-    workers::async([operation = executing_.back()] { operation->start(); });
+    executing_.push_back({operation.get(), operation});
+    workers::async([operation = std::move(operation)] { operation->start(); });
   }
 }
 

@@ -12,7 +12,8 @@ namespace vantorium {
 class BlockOperationQueue;
 
 /// A piece of asynchronous work: its block starts the work and returns, and the operation stays executing
-/// until the work calls `finish`. Held by `std::shared_ptr`; every method may be called on any thread.
+/// until the work calls `finish`, or lets go of it (as a queue does that is taken down with work in it).
+/// Held by `std::shared_ptr`, while it executes by its work alone; every method may be called on any thread.
 class AsyncBlockOperation : public std::enable_shared_from_this<AsyncBlockOperation> {
  public:
   /// Is given the operation; what it starts keeps that pointer and calls `finish` in the end.
@@ -22,6 +23,9 @@ class AsyncBlockOperation : public std::enable_shared_from_this<AsyncBlockOperat
   /// `queue` is the queue it will be added to, kept until the operation has finished. Without one the
   /// operation finishes without calling anything.
   AsyncBlockOperation(std::shared_ptr<BlockOperationQueue> queue, Block block);
+  ~AsyncBlockOperation();
+  AsyncBlockOperation(const AsyncBlockOperation&) = delete;
+  AsyncBlockOperation& operator=(const AsyncBlockOperation&) = delete;
 
   /// Runs the block, synchronously, on this thread, and lets go of it. Called by the queue, once.
   void start();
@@ -35,6 +39,8 @@ class AsyncBlockOperation : public std::enable_shared_from_this<AsyncBlockOperat
   bool isAsynchronous() const { return true; }
 
  private:
+  void leave();
+
   mutable Mutex mutex_;
   bool isExecuting_ GUARDED_BY(mutex_) = false;
   bool isFinished_ GUARDED_BY(mutex_) = false;
@@ -71,6 +77,11 @@ class BlockOperationQueue : public std::enable_shared_from_this<BlockOperationQu
 
  private:
   friend class AsyncBlockOperation;
+  struct Executing {
+    const AsyncBlockOperation* key;
+    std::weak_ptr<AsyncBlockOperation> operation;
+  };
+
   void operationFinished(const AsyncBlockOperation& operation);
   /// Moves to `executing_` what has a free slot, and has it started on the workers.
   void startWaiting() REQUIRES(mutex_);
@@ -78,7 +89,7 @@ class BlockOperationQueue : public std::enable_shared_from_this<BlockOperationQu
   mutable Mutex mutex_;
   int maxConcurrentOperationCount_ GUARDED_BY(mutex_) = unlimited;
   std::function<void()> completionBlock_ GUARDED_BY(mutex_);
-  std::vector<std::shared_ptr<AsyncBlockOperation>> executing_ GUARDED_BY(mutex_);
+  std::vector<Executing> executing_ GUARDED_BY(mutex_);
   std::deque<std::shared_ptr<AsyncBlockOperation>> waiting_ GUARDED_BY(mutex_);
 };
 

@@ -31,8 +31,10 @@ bool holdsLineBreak(std::string_view text) {
 }
 
 Error headersTooLarge(const std::string& url, const HTTPLimits& limits) {
-  return httpError(CURLE_RECV_ERROR, url, limits,
-                   fmt::format("the header lines are longer than the {} bytes accepted", limits.headerBytes));
+  const auto parsed = URL::parse(url);
+  return Error::platform("curl", CURLE_RECV_ERROR,
+                         fmt::format("The header lines that {} sent are longer than the {} bytes accepted.",
+                                     parsed ? parsed->host() : url, limits.headerBytes));
 }
 
 }  // namespace
@@ -167,7 +169,8 @@ bool HTTPTransfer::onConnected() {
 
 bool HTTPTransfer::onHeader(std::string_view line) {
   lastByte_ = std::chrono::steady_clock::now();
-  if (line.starts_with("HTTP/")) {
+  const bool beginsAnswer = std::exchange(headersEnded_, line == "\r\n" || line == "\n");
+  if (beginsAnswer && line.starts_with("HTTP/")) {
     if (!isInterim_) headerBytes_ = 0;  // the answer after a redirect counts anew
     const auto code = line.find(' ');
     isInterim_ = code != std::string_view::npos && line.substr(code + 1).starts_with('1');

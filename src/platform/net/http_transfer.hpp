@@ -77,7 +77,8 @@ class HTTPTransfer {
   curl_off_t moved_ = 0;
   long timesSent_ = 0;
   std::size_t headerBytes_ = 0;
-  bool isInterim_ = false;  // the header lines at hand are those of a 1xx answer
+  bool headersEnded_ = true;  // the next line begins an answer, or is none of a head
+  bool isInterim_ = false;    // the header lines at hand are those of a 1xx answer
   std::array<char, CURL_ERROR_SIZE> detail_{};
   std::unique_ptr<curl_slist, Freed> headers_;
   std::unique_ptr<CURL, Freed> handle_;  // goes first: it refers to the rest

@@ -101,6 +101,7 @@ class Listener::Engine final : public httplib::Server {
     if (bound <= 0) {
       throw std::runtime_error(fmt::format("cannot listen on {}:{}: {}", host, port, std::strerror(errno)));
     }
+    ::listen(svr_sock_, SOMAXCONN);  // httplib's own queue of five drops connections of a batch of fifty
     acceptor_ = std::thread([this] { listen_after_bind(); });
     return bound;
   }
