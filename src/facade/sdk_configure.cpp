@@ -104,7 +104,7 @@ void Sdk::startAutoCaching(const HTTPClient::Placements& placements) {
     const auto id = placement.find("id");
     if (isAutoCached(placement) && id != placement.end()) chosen.push_back(id->second);
   }
-  precacher()->startAutoCaching(std::move(chosen));
+  precacher()->startAutoCaching(chosen);
 }
 
 }  // namespace vantorium

@@ -62,7 +62,7 @@ void CampaignController::precache(const std::shared_ptr<DispatchQueue>& queue, C
                               [completion = std::move(completion), error] { completion(false, error); });
     return;
   }
-  precacheRewardableVideo(queue, 0, std::move(completion));
+  precacheRewardableVideo(queue, 0, completion);
 }
 
 /// Why the campaign cannot be precached, however often it is tried.
@@ -81,8 +81,8 @@ bool CampaignController::hasEndCard() const {
   return !campaign_->endAssets.empty() && !campaign_->endURL.empty();
 }
 
-void CampaignController::precacheRewardableVideo(std::shared_ptr<DispatchQueue> queue, int tryCounter,
-                                                 Completion completion) {
+void CampaignController::precacheRewardableVideo(const std::shared_ptr<DispatchQueue>& queue, int tryCounter,
+                                                 const Completion& completion) {
   client_->context->printLog("Trying to precache video and endcard for placement id: " + placementID_);
   const auto ended = [weak = weak_from_this(), queue, tryCounter,
                       completion](const std::optional<Error>& error) {

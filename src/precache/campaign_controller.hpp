@@ -38,7 +38,8 @@ class CampaignController : public std::enable_shared_from_this<CampaignControlle
 
   std::optional<Error> refusal() const;
   bool hasEndCard() const;
-  void precacheRewardableVideo(std::shared_ptr<DispatchQueue> queue, int tryCounter, Completion completion);
+  void precacheRewardableVideo(const std::shared_ptr<DispatchQueue>& queue, int tryCounter,
+                               const Completion& completion);
   void precacheVideo(const std::shared_ptr<Group>& group);
   void saveVideo(const Data& data) const;
   void precacheEndCard(const std::shared_ptr<Group>& group);

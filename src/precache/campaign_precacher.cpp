@@ -85,11 +85,11 @@ void CampaignPrecacher::precacheCampaigns(const std::string& forPlacement,
     context_->onQueue(queue, [completion = std::move(completion)] { completion(true, std::nullopt); });
     return;
   }
-  tryPrecacheCampaigns(forPlacement, campaignsPerFetch, queue,
-                       [self = shared_from_this(), forPlacement, queue, completion = std::move(completion)](
-                           bool success, const std::optional<Error>& error) {
-                         self->finish(forPlacement, queue, success, error, completion);
-                       });
+  auto finished = [self = shared_from_this(), forPlacement, queue, completion = std::move(completion)](
+                      bool success, const std::optional<Error>& error) {
+    self->finish(forPlacement, queue, success, error, completion);
+  };
+  tryPrecacheCampaigns(forPlacement, campaignsPerFetch, std::move(queue), std::move(finished));
 }
 
 void CampaignPrecacher::finish(const std::string& placement, const std::shared_ptr<DispatchQueue>& queue,
@@ -143,6 +143,7 @@ void CampaignPrecacher::precacheFetched(const std::shared_ptr<Pass>& pass,
   operations->setMaxConcurrentOperationCount(concurrentCampaigns);
   operations->setCompletionBlock([self = shared_from_this(), pass] { self->endPass(pass); });
   std::vector<std::shared_ptr<AsyncBlockOperation>> batch;
+  batch.reserve(campaigns.size());
   for (const auto& campaign : campaigns) {
     batch.push_back(std::make_shared<AsyncBlockOperation>(
         operations,
@@ -192,7 +193,7 @@ void CampaignPrecacher::endPass(const std::shared_ptr<Pass>& pass) {
   });
 }
 
-void CampaignPrecacher::startAutoCaching(std::vector<std::string> placements) {
+void CampaignPrecacher::startAutoCaching(const std::vector<std::string>& placements) {
   {
     MutexLock lock(mutex_);
     autoCachingPlacements_ = placements;

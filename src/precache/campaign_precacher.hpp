@@ -27,7 +27,7 @@ class CampaignPrecacher : public std::enable_shared_from_this<CampaignPrecacher>
   void precacheCampaigns(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
                          Completion completion) EXCLUDES(mutex_);
   /// Replaces the placements that are kept precached, and precaches them one after another.
-  void startAutoCaching(std::vector<std::string> placements) EXCLUDES(mutex_);
+  void startAutoCaching(const std::vector<std::string>& placements) EXCLUDES(mutex_);
 
   bool isCampaignReady(const std::string& placementID) const;
   /// Asks the service whether the placement may be shown; answers on `queue` (null: the main queue).

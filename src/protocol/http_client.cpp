@@ -125,7 +125,7 @@ std::optional<Error> HTTPClient::send(const Endpoint& endpoint, HTTPSession::Com
   return std::nullopt;
 }
 
-void HTTPClient::setUp(const json& withParams, SetUpCompletion completion) {
+void HTTPClient::setUp(const json& withParams, const SetUpCompletion& completion) {
   const auto finish = [self = shared_from_this(), completion](const auto& body, const auto& transportError) {
     const Envelope envelope = Envelope::read(body, transportError);
     if (!envelope.object) {
@@ -162,7 +162,7 @@ void HTTPClient::downloadFile(const std::string& fromURL, DataCompletion complet
 
 void HTTPClient::getCampaigns(const std::string& forPlacement, int numberOfCampaigns,
                               const std::vector<std::string>& cachedCampaingIDs,
-                              CampaignsCompletion completion) {
+                              const CampaignsCompletion& completion) {
   if (!reachability_) {
     completion({}, VantoriumError::internalError());
     return;
@@ -185,15 +185,15 @@ void HTTPClient::getCampaigns(const std::string& forPlacement, int numberOfCampa
   if (const auto error = send(endpoint, finish)) completion({}, error);
 }
 
-void HTTPClient::canView(const std::string& forPlacement, Completion completion) {
-  ask("/api/canView/", forPlacement, std::move(completion));
+void HTTPClient::canView(const std::string& forPlacement, const Completion& completion) {
+  ask("/api/canView/", forPlacement, completion);
 }
 
-void HTTPClient::canReward(const std::string& forPlacement, Completion completion) {
-  ask("/api/canReward/", forPlacement, std::move(completion));
+void HTTPClient::canReward(const std::string& forPlacement, const Completion& completion) {
+  ask("/api/canReward/", forPlacement, completion);
 }
 
-void HTTPClient::ask(const std::string& path, const std::string& placement, Completion completion) {
+void HTTPClient::ask(const std::string& path, const std::string& placement, const Completion& completion) {
   const auto finish = [context = context_, path, completion](const auto& body, const auto& transportError) {
     if (!body) {
       completion(false, transportError);
@@ -223,30 +223,30 @@ void HTTPClient::logError(const std::string& withAppID, const std::string& userI
        [](const auto&, const auto&) {});
 }
 
-void HTTPClient::reportImpression(const std::string& forImpression, Completion completion) {
-  report(baseURL_ + "/api/impressions/" + forImpression, std::move(completion));
+void HTTPClient::reportImpression(const std::string& forImpression, const Completion& completion) {
+  report(baseURL_ + "/api/impressions/" + forImpression, completion);
 }
 
-void HTTPClient::reportVideoStarted(const std::string& forImpression, Completion completion) {
-  report(baseURL_ + "/api/impressions/" + forImpression + "/started", std::move(completion));
+void HTTPClient::reportVideoStarted(const std::string& forImpression, const Completion& completion) {
+  report(baseURL_ + "/api/impressions/" + forImpression + "/started", completion);
 }
 
-void HTTPClient::reportFinished(const std::string& forImpression, Completion completion) {
-  report(baseURL_ + "/api/impressions/" + forImpression + "/finished", std::move(completion));
+void HTTPClient::reportFinished(const std::string& forImpression, const Completion& completion) {
+  report(baseURL_ + "/api/impressions/" + forImpression + "/finished", completion);
 }
 
 void HTTPClient::reportClick(const std::string& forImpression,
                              const std::optional<std::map<std::string, std::string>>& params,
-                             Completion completion) {
+                             const Completion& completion) {
   std::string query;
   if (params)
-    for (const auto& [key, value] : *params) query += key + "=" + value + "&";
+    for (const auto& [key, value] : *params) query.append(key).append("=").append(value).append("&");
   // The service decodes the query twice, so it is encoded here and again with the whole URL.
   query = urlEncodedString(query).value_or(query);
-  report(baseURL_ + "/api/impressions/" + forImpression + "/click?" + query, std::move(completion));
+  report(baseURL_ + "/api/impressions/" + forImpression + "/click?" + query, completion);
 }
 
-void HTTPClient::report(const std::string& forURL, Completion completion) {
+void HTTPClient::report(const std::string& forURL, const Completion& completion) {
   const auto finish = [context = context_, forURL, completion](const auto& body, const auto& transportError) {
     if (!completion) return;
     const Envelope envelope = Envelope::read(body, transportError);

@@ -49,33 +49,33 @@ class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
   std::optional<std::string> sessionToken() const EXCLUDES(mutex_);
 
   /// The init exchange: keeps the session token and takes over the test mode.
-  void setUp(const nlohmann::json& withParams, SetUpCompletion completion);
+  void setUp(const nlohmann::json& withParams, const SetUpCompletion& completion);
   /// Fetches whatever is at the URL. The platform is asked to let the download end in the background.
   void downloadFile(const std::string& fromURL, DataCompletion completion);
 
   void getCampaigns(const std::string& forPlacement, int numberOfCampaigns,
-                    const std::vector<std::string>& cachedCampaingIDs, CampaignsCompletion completion);
+                    const std::vector<std::string>& cachedCampaingIDs, const CampaignsCompletion& completion);
   /// Whether an ad of the placement may be shown; (false, none) is a refusal, not a failure.
-  void canView(const std::string& forPlacement, Completion completion);
+  void canView(const std::string& forPlacement, const Completion& completion);
   /// Whether the reward of an ad of the placement may be granted.
-  void canReward(const std::string& forPlacement, Completion completion);
+  void canReward(const std::string& forPlacement, const Completion& completion);
   /// Uploads an error report; whatever becomes of it is ignored.
   void logError(const std::string& withAppID, const std::string& userID, const std::string& errorMessage);
 
   /// Event reports. Without a completion the answer is not read.
-  void reportImpression(const std::string& forImpression, Completion completion = nullptr);
-  void reportVideoStarted(const std::string& forImpression, Completion completion = nullptr);
-  void reportFinished(const std::string& forImpression, Completion completion = nullptr);
+  void reportImpression(const std::string& forImpression, const Completion& completion = nullptr);
+  void reportVideoStarted(const std::string& forImpression, const Completion& completion = nullptr);
+  void reportFinished(const std::string& forImpression, const Completion& completion = nullptr);
   void reportClick(const std::string& forImpression,
                    const std::optional<std::map<std::string, std::string>>& params = std::nullopt,
-                   Completion completion = nullptr);
+                   const Completion& completion = nullptr);
 
  private:
   struct Endpoint;
 
   std::optional<Error> send(const Endpoint& endpoint, HTTPSession::Completion completion);
-  void ask(const std::string& path, const std::string& placement, Completion completion);
-  void report(const std::string& forURL, Completion completion);
+  void ask(const std::string& path, const std::string& placement, const Completion& completion);
+  void report(const std::string& forURL, const Completion& completion);
   void setSessionToken(std::optional<std::string> token) EXCLUDES(mutex_);
 
   const std::shared_ptr<SdkContext> context_;

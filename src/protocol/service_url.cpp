@@ -50,7 +50,7 @@ std::optional<Error> checkServiceURL(const std::string& url) {
   const char* flaw = flawOf(url);
   if (flaw == nullptr) return std::nullopt;
   return VantoriumError::internalError(
-      fmt::format("The service address \"{}\" {}; give one like \"https://ads.example.com\".", url, flaw));
+      fmt::format(R"(The service address "{}" {}; give one like "https://ads.example.com".)", url, flaw));
 }
 
 }  // namespace vantorium

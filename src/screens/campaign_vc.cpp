@@ -103,7 +103,7 @@ void CampaignVC::reportStart() {
   // The screen may be gone when the answer comes; the placement is replenished all the same.
   client_->httpClient->reportImpression(
       campaign_->impressionID, [context = sharedContext(), replenish = replenish_, placement = placementID_](
-                                   bool success, std::optional<Error>) {
+                                   bool success, const std::optional<Error>&) {
         if (success && context->flags().autoCaching) replenish(placement);
       });
 }
@@ -116,8 +116,8 @@ void CampaignVC::rewardUserIfNeeded() {
   if (!context().delegate() || !isRewardedVideo() || campaign_->rewardMethod != "client") return;
   if (campaign_->isRewarded.exchange(true)) return;
   client_->httpClient->canReward(placementID_, [context = sharedContext(), placement = placementID_,
-                                                amount = campaign_->rewardAmount](bool granted,
-                                                                                  std::optional<Error>) {
+                                                amount = campaign_->rewardAmount](
+                                                   bool granted, const std::optional<Error>&) {
     if (!granted) return;
     context->printLog(fmt::format("Did receive reward: {} for placement: {}", amount, placement));
     context->tellDelegate(DelegateMethod::didReceiveReward, [placement, amount](VantoriumDelegate& delegate) {

@@ -32,7 +32,7 @@ class HTTPClientTest : public ::testing::Test {
     http().getCampaigns("p", 1, {}, outcome.completion());
     return outcome.get();
   }
-  auto ask(void (HTTPClient::*check)(const std::string&, HTTPClient::Completion)) {
+  auto ask(void (HTTPClient::*check)(const std::string&, const HTTPClient::Completion&)) {
     Answer outcome;
     (http().*check)("p", outcome.completion());
     return outcome.get();
