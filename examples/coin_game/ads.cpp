@@ -31,9 +31,10 @@ void Ads::load() {
 void Ads::show() {
   if (!Vantorium::isCampaignReady(placement_)) return load();
   setState(State::showing);
-  Vantorium::showCampaign(placement_, [weak = weak_from_this()](bool success, std::optional<Error> error) {
-    if (const auto self = weak.lock()) self->didClose(success, error);
-  });
+  Vantorium::showCampaign(placement_,
+                          [weak = weak_from_this()](bool success, const std::optional<Error>& error) {
+                            if (const auto self = weak.lock()) self->didClose(success, error);
+                          });
 }
 
 // Watched to the end, closed or failed: all the same here. Coins come with the reward, never with the
@@ -85,7 +86,7 @@ void Ads::setState(State state) {
 
 /// For calls whose outcome the delegate hears as well: their completion is only noted.
 Vantorium::Completion Ads::noted(std::string what) {
-  return [weak = weak_from_this(), what = std::move(what)](bool success, std::optional<Error> error) {
+  return [weak = weak_from_this(), what = std::move(what)](bool success, const std::optional<Error>& error) {
     const auto self = weak.lock();
     if (!self) return;
     self->timeline_.note("completion", what, {{"success", success ? "yes" : "no"}, {"error", textOf(error)}});

@@ -70,7 +70,7 @@ void drawHill(const Context& cairo, double x, double horizon, double radius, uns
 void drawWater(const Context& cairo, double width, double top, double bottom, double phase, unsigned rgb) {
   cairo->begin_new_path();
   cairo->move_to(0, bottom);
-  for (double x = 0; x <= width + 8; x += 8) cairo->line_to(x, top + 5 * std::sin(x / 34 + phase));
+  for (int x = 0; x <= width + 8; x += 8) cairo->line_to(x, top + 5 * std::sin(x / 34.0 + phase));
   cairo->line_to(width, bottom);
   setColor(cairo, rgb);
   cairo->fill();
@@ -143,7 +143,7 @@ void drawBoat(const Context& cairo, double x, double y, double now, bool hasStri
     mainSail();
     cairo->clip();
     setColor(cairo, 0xf0604d);
-    for (double top = -116; top < -20; top += 36) cairo->rectangle(0, top, 90, 18);
+    for (int top = -116; top < -20; top += 36) cairo->rectangle(0, top, 90, 18);
     cairo->fill();
     cairo->restore();
   }

@@ -46,9 +46,10 @@ class Picture {
     picture_.set_visible(!name.empty());
     if (request == wanted_) return;
     wanted_ = request;
-    images_->load(request, [this, request, alive = std::weak_ptr(alive_)](Glib::RefPtr<Gdk::Texture> image) {
-      if (!alive.expired() && request == wanted_) put(image, request.scale);
-    });
+    images_->load(request,
+                  [this, request, alive = std::weak_ptr(alive_)](const Glib::RefPtr<Gdk::Texture>& image) {
+                    if (!alive.expired() && request == wanted_) put(image, request.scale);
+                  });
   }
 
  private:
