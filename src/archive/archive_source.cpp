@@ -1,0 +1,113 @@
+#include "archive/archive_source.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace vantorium {
+
+namespace {
+
+std::uint64_t distance(std::uint64_t a, std::uint64_t b) { return a > b ? a - b : b - a; }
+
+}  // namespace
+
+ArchiveSource::ArchiveSource(const std::filesystem::path& path)
+    : file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
+  struct stat facts {};
+  if (!file_.isOpen() || ::fstat(file_.get(), &facts) != 0) {
+    error_ = errno;
+  } else if (!S_ISREG(facts.st_mode)) {
+    error_ = S_ISDIR(facts.st_mode) ? EISDIR : EINVAL;
+  }
+  if (error_ != 0) {
+    file_ = FileDescriptor();
+    return;
+  }
+  size_ = static_cast<std::uint64_t>(facts.st_size);
+  device_ = facts.st_dev;
+  inode_ = facts.st_ino;
+}
+
+zlib_filefunc64_def ArchiveSource::functions() {
+  return {openFile, readFile, writeFile, tellFile, seekFile, closeFile, fileError, this};
+}
+
+std::size_t ArchiveSource::readAt(std::uint64_t position, char* bytes, std::size_t size) {
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t count =
+        ::pread(file_.get(), bytes + done, size - done, static_cast<off_t>(position + done));
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) error_ = errno;
+    if (count <= 0) break;
+    done += static_cast<std::size_t>(count);
+  }
+  return done;
+}
+
+const ArchiveSource::Window* ArchiveSource::windowAt(std::uint64_t position) {
+  for (const Window& window : windows_) {
+    if (position >= window.start && position - window.start < window.size) return &window;
+  }
+  // The one that is nearer moves on; so one stays with the table of contents.
+  const bool first = distance(position, windows_[0].start) < distance(position, windows_[1].start);
+  Window& window = windows_[first ? 0 : 1];
+  window.start = position;
+  window.size = readAt(position, window.bytes.data(), window.bytes.size());
+  return window.size == 0 ? nullptr : &window;
+}
+
+std::size_t ArchiveSource::read(char* bytes, std::size_t size) {
+  std::size_t done = 0;
+  while (done < size && position_ < size_) {
+    const Window* const window = windowAt(position_);
+    if (window == nullptr) break;
+    const std::size_t from = position_ - window->start;
+    const std::size_t count = std::min(size - done, window->size - from);
+    std::memcpy(bytes + done, window->bytes.data() + from, count);
+    done += count;
+    position_ += count;
+  }
+  return done;
+}
+
+voidpf ArchiveSource::openFile(voidpf self, const void* /*name*/, int /*mode*/) {
+  auto& source = *static_cast<ArchiveSource*>(self);
+  return source.isOpen() ? self : nullptr;
+}
+
+uLong ArchiveSource::readFile(voidpf self, voidpf /*stream*/, void* bytes, uLong size) {
+  return static_cast<ArchiveSource*>(self)->read(static_cast<char*>(bytes), size);
+}
+
+uLong ArchiveSource::writeFile(voidpf /*self*/, voidpf /*stream*/, const void* /*bytes*/, uLong /*size*/) {
+  return 0;
+}
+
+ZPOS64_T ArchiveSource::tellFile(voidpf self, voidpf /*stream*/) {
+  return static_cast<ArchiveSource*>(self)->position_;
+}
+
+long ArchiveSource::seekFile(voidpf self, voidpf /*stream*/, ZPOS64_T offset, int origin) {
+  auto& source = *static_cast<ArchiveSource*>(self);
+  std::uint64_t base = 0;
+  if (origin == ZLIB_FILEFUNC_SEEK_CUR) base = source.position_;
+  if (origin == ZLIB_FILEFUNC_SEEK_END) base = source.size_;
+  const std::uint64_t position = base + offset;  // wraps around for an offset that is meant to be negative
+  if (position > source.size_) return -1;
+  source.position_ = position;
+  return 0;
+}
+
+int ArchiveSource::closeFile(voidpf /*self*/, voidpf /*stream*/) { return 0; }
+
+int ArchiveSource::fileError(voidpf self, voidpf /*stream*/) {
+  return static_cast<ArchiveSource*>(self)->error_;
+}
+
+}  // namespace vantorium

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vantorium {
+
+/// How much an archive may ask of the disk and of us. What is written is counted while it is inflated: the
+/// sizes in an archive's headers are claims.
+struct ZipLimits {
+  std::uint64_t entries = 10'000;
+  std::uint64_t totalBytes = 1024ULL * 1024 * 1024;  ///< of all files together, unpacked
+  std::size_t nameBytes = 1024;                      ///< of an entry's name, with its folders
+  /// Unpacked bytes for each byte of the archive on disk, all entries together: entries that share their
+  /// data are counted as often as they are written. Deflate itself ends at 1032.
+  std::uint64_t compressionRatio = 100;
+  std::uint64_t ratioFreeBytes = 8ULL * 1024 * 1024;  ///< so many may be written whatever their ratio
+};
+
+/// Deeper trees serve no creative, and exhaust whoever walks or removes them.
+inline constexpr int deepestZipFolder = 64;
+
+}  // namespace vantorium
