@@ -21,7 +21,7 @@ enum class ZipCompression : int {
 };
 
 /// Unpacks and makes zip archives. Every function works on the calling thread, which may be any, until it is
-/// done, and calls its callbacks there; two may run at the same time as long as their files differ.
+/// done, and calls its callbacks there; several may run at the same time.
 class Zip {
  public:
   /// Is given the part that is done, from 0.0 to 1.0, after each entry and, as 1.0, at the end.

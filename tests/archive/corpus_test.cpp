@@ -1,0 +1,157 @@
+// Each archive of a corpus ends as it must, leaves everything beside the destination alone and leaks nothing.
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <nlohmann/json.hpp>
+
+#include "archive/archive_cage.hpp"
+#include "archive/zip.hpp"
+
+namespace vantorium {
+namespace {
+
+using testing::bytesOf;
+namespace fs = std::filesystem;
+
+/// Within its life no file can grow beyond 64 KiB: what a full disk is, without owning one.
+class FullDisk {
+ public:
+  FullDisk() : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    rlimit small = before_;
+    small.rlim_cur = 65536;
+    ::setrlimit(RLIMIT_FSIZE, &small);
+  }
+  ~FullDisk() {
+    ::setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+
+ private:
+  rlimit before_{};
+  sighandler_t handler_;
+};
+
+class ArchiveCorpus : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    mask_ = ::umask(027);
+    const std::string script = VANTORIUM_SOURCE_DIR "/tests/archive/make_corpus.py";
+    const std::string folders = corpus_.path().string() + " " + cage_.path().string();
+    ASSERT_TRUE(testing::runPython(script + " " + folders));
+    cases_ = nlohmann::json::parse(bytesOf(corpus_.path() / "manifest.json"));
+  }
+  void TearDown() override { ::umask(mask_); }
+
+  std::string check(const nlohmann::json& rules);
+  void checkFiles(const nlohmann::json& rules) const;
+
+  testing::TemporaryDirectory corpus_;
+  testing::ArchiveCage cage_;
+  nlohmann::json cases_;
+
+ private:
+  std::optional<ZipError> unzip(const nlohmann::json& rules, const fs::path& archive) const;
+
+  mode_t mask_ = 0;
+};
+
+std::optional<ZipError> ArchiveCorpus::unzip(const nlohmann::json& rules, const fs::path& archive) const {
+  const std::string place = rules.value("destination", "");
+  std::optional<std::string> password;
+  if (rules.contains("password") && rules["password"].is_string()) password = rules["password"];
+  std::optional<FullDisk> disk;
+  if (place == "full") disk.emplace();
+  const fs::path destination = place == "below a file" ? archive / "folder" : cage_.destination();
+  return Zip::unzipFile(archive, destination, rules.value("overwrite", true), password);
+}
+
+void ArchiveCorpus::checkFiles(const nlohmann::json& rules) const {
+  for (const auto& [name, content] : rules["files"].items()) {
+    const bool isMode = name.starts_with("mode:");
+    const fs::path file = cage_.destination() / (isMode ? name.substr(5) : name);
+    if (content.is_null()) {
+      EXPECT_FALSE(fs::exists(fs::symlink_status(file))) << file;
+    } else if (isMode) {
+      EXPECT_EQ(fmt::format("{:o}", static_cast<unsigned>(fs::status(file).permissions())), content) << file;
+    } else {
+      EXPECT_EQ(bytesOf(file), content.get<std::string>()) << file;
+      EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(file))) << file;
+    }
+  }
+  for (const auto& entry : fs::recursive_directory_iterator(cage_.destination()))
+    EXPECT_FALSE(entry.path().filename().string().starts_with(".vantorium-")) << "left behind";
+}
+
+std::string ArchiveCorpus::check(const nlohmann::json& rules) {
+  const std::string name = rules["archive"];
+  cage_.reset();
+  const fs::path archive = cage_.destination() / name;
+  fs::copy_file(corpus_.path() / name, archive);
+  const auto place = rules.value("place", nlohmann::json::object());
+  for (const auto& [thing, what] : place.items()) cage_.place(thing, what);
+
+  const long descriptors = testing::openDescriptors();
+  const auto error = unzip(rules, archive);
+  EXPECT_EQ(testing::openDescriptors(), descriptors);
+  EXPECT_EQ(cage_.bytesOutside(), 0U);
+  EXPECT_EQ(bytesOf(archive), bytesOf(corpus_.path() / name)) << "the archive itself was changed";
+  EXPECT_EQ(error ? (error->code() == ZipError::fileNotFound ? "fileNotFound" : "unzipFail") : "ok",
+            rules["ends"])
+      << (error ? error->detail() : "");
+  checkFiles(rules);
+
+  std::string happened = error ? error->description() + (" " + error->detail()) : "Extracted.";
+  if (const auto at = happened.find(cage_.path()); at != std::string::npos)
+    happened.replace(at, cage_.path().string().size(), "/absolute");
+  return fmt::format("| {} | {} | {} | {} |\n", name, rules["tries"].get<std::string>(), happened,
+                     cage_.bytesOutside());
+}
+
+TEST_F(ArchiveCorpus, EndsAsItMustAndStaysInside) {
+  EXPECT_GE(cases_.size(), 100U);
+  std::string table = "| archive | what it tries | what happened | bytes outside |\n|---|---|---|---|\n";
+  for (const auto& rules : cases_) {
+    SCOPED_TRACE(rules["archive"].get<std::string>());
+    table += check(rules);
+  }
+  fmt::print("{}", table);
+}
+
+TEST_F(ArchiveCorpus, FailsWhereverItIsCutOff) {
+  // Of every kind of structure one: 64-bit, encrypted, a folder, several entries.
+  for (const char* const name : {"zip64.zip", "encrypted-deflated.zip", "backslash.zip", "descriptor.zip"}) {
+    const std::string whole = bytesOf(corpus_.path() / name);
+    const long descriptors = testing::openDescriptors();
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+      const fs::path archive = cage_.path() / "cut.zip";
+      testing::writeBytes(archive, whole.substr(0, size));
+      const auto error = Zip::unzipFile(archive, cage_.destination(), true, "secret");
+      ASSERT_TRUE(error && error->code() == ZipError::unzipFail) << name << " cut to " << size;
+    }
+    EXPECT_EQ(testing::openDescriptors(), descriptors);
+  }
+}
+
+TEST_F(ArchiveCorpus, SurvivesAnyByteBeingWrong) {
+  const std::string whole = bytesOf(corpus_.path() / "backslash.zip");
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    for (const char flip : {'\x01', '\x80', '\xff'}) {
+      cage_.reset();
+      std::string damaged = whole;
+      damaged[at] = static_cast<char>(damaged[at] ^ flip);
+      const fs::path archive = cage_.destination() / "damaged.zip";
+      testing::writeBytes(archive, damaged);
+      if (Zip::unzipFile(archive, cage_.destination(), true)) {
+        EXPECT_FALSE(fs::exists(cage_.destination() / "x/y.txt") &&
+                     fs::file_size(cage_.destination() / "x/y.txt") != 43);
+      }
+      ASSERT_EQ(cage_.bytesOutside(), 0U) << "byte " << at;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vantorium
