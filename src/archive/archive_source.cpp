@@ -37,17 +37,13 @@ zlib_filefunc64_def ArchiveSource::functions() {
   return {openFile, readFile, writeFile, tellFile, seekFile, closeFile, fileError, this};
 }
 
-std::size_t ArchiveSource::readAt(std::uint64_t position, char* bytes, std::size_t size) {
-  std::size_t done = 0;
-  while (done < size) {
-    const ssize_t count =
-        ::pread(file_.get(), bytes + done, size - done, static_cast<off_t>(position + done));
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) error_ = errno;
-    if (count <= 0) break;
-    done += static_cast<std::size_t>(count);
-  }
-  return done;
+std::size_t ArchiveSource::fill(Window& window) {
+  ssize_t count = 0;
+  do {
+    count = ::pread(file_.get(), window.bytes.data(), window.bytes.size(), static_cast<off_t>(window.start));
+  } while (count < 0 && errno == EINTR);
+  if (count < 0) error_ = errno;
+  return count < 0 ? 0 : static_cast<std::size_t>(count);
 }
 
 const ArchiveSource::Window* ArchiveSource::windowAt(std::uint64_t position) {
@@ -58,20 +54,20 @@ const ArchiveSource::Window* ArchiveSource::windowAt(std::uint64_t position) {
   const bool first = distance(position, windows_[0].start) < distance(position, windows_[1].start);
   Window& window = windows_[first ? 0 : 1];
   window.start = position;
-  window.size = readAt(position, window.bytes.data(), window.bytes.size());
+  window.size = fill(window);
   return window.size == 0 ? nullptr : &window;
 }
 
-std::size_t ArchiveSource::read(char* bytes, std::size_t size) {
+std::size_t ArchiveSource::read(std::uint64_t position, std::span<char> bytes) {
   std::size_t done = 0;
-  while (done < size && position_ < size_) {
-    const Window* const window = windowAt(position_);
+  while (done < bytes.size() && position < size_) {
+    const Window* const window = windowAt(position);
     if (window == nullptr) break;
-    const std::size_t from = position_ - window->start;
-    const std::size_t count = std::min(size - done, window->size - from);
-    std::memcpy(bytes + done, window->bytes.data() + from, count);
+    const std::size_t from = position - window->start;
+    const std::size_t count = std::min(bytes.size() - done, window->size - from);
+    std::memcpy(bytes.data() + done, window->bytes.data() + from, count);
     done += count;
-    position_ += count;
+    position += count;
   }
   return done;
 }
@@ -82,7 +78,12 @@ voidpf ArchiveSource::openFile(voidpf self, const void* /*name*/, int /*mode*/) 
 }
 
 uLong ArchiveSource::readFile(voidpf self, voidpf /*stream*/, void* bytes, uLong size) {
-  return static_cast<ArchiveSource*>(self)->read(static_cast<char*>(bytes), size);
+  auto& source = *static_cast<ArchiveSource*>(self);
+  const std::size_t done = source.read(source.position_, {static_cast<char*>(bytes), size});
+  source.position_ += done;
+  // minizip takes bytes past the end for zeros unless it is told of an error.
+  if (done < size && source.error_ == 0) source.error_ = EIO;
+  return done;
 }
 
 uLong ArchiveSource::writeFile(voidpf /*self*/, voidpf /*stream*/, const void* /*bytes*/, uLong /*size*/) {

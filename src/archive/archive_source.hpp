@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <span>
 
 #include "platform/foundation/file_descriptor.hpp"
 
@@ -28,6 +29,9 @@ class ArchiveSource {
     return device == device_ && inode == inode_;
   }
 
+  /// Copies bytes from `position` on; fewer than asked for when the file ends or cannot be read.
+  std::size_t read(std::uint64_t position, std::span<char> bytes);
+
   /// What minizip calls. It refers to this object, which must outlive the use.
   zlib_filefunc64_def functions();
 
@@ -46,8 +50,7 @@ class ArchiveSource {
   static int closeFile(voidpf self, voidpf stream);
   static int fileError(voidpf self, voidpf stream);
 
-  std::size_t read(char* bytes, std::size_t size);
-  std::size_t readAt(std::uint64_t position, char* bytes, std::size_t size);
+  std::size_t fill(Window& window);
   const Window* windowAt(std::uint64_t position);
 
   FileDescriptor file_;

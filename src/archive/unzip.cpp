@@ -115,12 +115,12 @@ const char* Unzipping::refusal(const ZipEntry& entry) {
   auto path = readEntryPath(entry.name, flaw);
   if (!path) return flaw;
   path_ = std::move(*path);
-  return entry.isEncrypted && !password_ ? "is encrypted: a password is needed" : nullptr;
+  return nullptr;
 }
 
 Failure Unzipping::extract(const ZipEntry& entry) {
   if (const char* const flaw = refusal(entry)) return fail(entry, flaw);
-  if (!reader_.openEntry(entry, password_)) return fail(entry, "is damaged, or stored in an unknown way");
+  if (const char* const flaw = reader_.openEntry(entry, password_)) return fail(entry, flaw);
   return path_.isFolder() ? makeFolder(entry) : makeFile(entry);
 }
 
@@ -166,8 +166,8 @@ Failure Unzipping::makeFile(const ZipEntry& entry) {
 
 Failure Unzipping::copy(const ZipEntry& entry, const ConfinedFile& file) {
   std::uint64_t written = 0;
-  int count = 0;
-  while ((count = reader_.read(buffer_)) > 0) {
+  long count = 0;
+  while (written <= entry.bytes && (count = reader_.read(buffer_)) > 0) {
     const auto bytes = static_cast<std::size_t>(count);
     total_ += bytes;
     if (auto failure = checkTotal(entry)) return failure;
@@ -189,13 +189,13 @@ Failure Unzipping::checkTotal(const ZipEntry& entry) const {
 }
 
 Failure Unzipping::close(const ZipEntry& entry, std::uint64_t written) {
-  const auto closed = reader_.closeEntry();
-  if (closed == ZipReader::Close::wrongChecksum)
+  reader_.closeEntry();
+  if (written != entry.bytes)
+    return fail(entry, fmt::format("has {}{} bytes where {} were announced",
+                                   written > entry.bytes ? "at least " : "", written, entry.bytes));
+  if (reader_.checksum() != entry.checksum)
     return fail(entry, entry.isEncrypted ? "does not match its checksum, or the password is wrong"
                                          : "does not match its checksum");
-  if (closed == ZipReader::Close::damaged) return fail(entry, "is damaged");
-  if (written != entry.bytes)
-    return fail(entry, fmt::format("has {} bytes where {} were announced", written, entry.bytes));
   return std::nullopt;
 }
 

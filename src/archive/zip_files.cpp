@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <minizip/zip.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
@@ -9,10 +10,12 @@
 #include <array>
 #include <cerrno>
 #include <ctime>
-#include <numeric>
+#include <span>
 #include <system_error>
+#include <utility>
 
 #include "archive/entry_path.hpp"
+#include "archive/traditional_cipher.hpp"
 #include "archive/zip.hpp"
 #include "archive/zip_utilities.hpp"
 #include "platform/foundation/file_descriptor.hpp"
@@ -27,6 +30,7 @@ namespace {
 
 constexpr std::size_t bufferBytes = 65536;
 constexpr uLong madeOnUnix = (3U << 8U) | 30U;
+constexpr uLong encrypted = 1;
 constexpr uLong nameIsUTF8 = 1U << 11U;
 constexpr std::uint64_t largestPlainFile = 0xF0000000;  // room for what does not compress
 
@@ -74,30 +78,6 @@ class Input {
   int error_ = 0;
 };
 
-/// Owns minizip's handle of a new archive.
-class ZipWriter {
- public:
-  ZipWriter(const fs::path& path, const std::optional<std::string>& password, ZipCompression compression)
-      : file_(zipOpen64(path.c_str(), APPEND_STATUS_CREATE)),
-        password_(password),
-        compression_(compression) {}
-  ~ZipWriter() { close(); }
-  ZipWriter(const ZipWriter&) = delete;
-  ZipWriter& operator=(const ZipWriter&) = delete;
-
-  bool isOpen() const { return file_ != nullptr; }
-  Failure add(const ProcessedFilePath& path);
-  /// Writes the table of contents; false when it could not.
-  bool close() { return file_ == nullptr || zipClose(std::exchange(file_, nullptr), nullptr) == ZIP_OK; }
-
- private:
-  bool openEntry(const std::string& name, Input& input);
-
-  zipFile file_;
-  const std::optional<std::string>& password_;
-  ZipCompression compression_;
-};
-
 zip_fileinfo infoOf(const struct stat& facts) {
   zip_fileinfo info{};
   std::tm time{};
@@ -109,21 +89,97 @@ zip_fileinfo infoOf(const struct stat& facts) {
   return info;
 }
 
-bool ZipWriter::openEntry(const std::string& name, Input& input) {
-  // The traditional cipher lets a reader check the password against the checksum, so it comes first.
+uLong checksumOf(Input& input) {
   uLong checksum = 0;
-  if (password_ && !input.read([&](const char* bytes, unsigned count) {
-        checksum = crc32(checksum, reinterpret_cast<const Bytef*>(bytes), count);
-        return true;
-      })) {
-    return false;
+  input.read([&](const char* bytes, unsigned count) {
+    checksum = crc32(checksum, reinterpret_cast<const Bytef*>(bytes), count);
+    return true;
+  });
+  return checksum;
+}
+
+/// Owns minizip's handle of a new archive. minizip is handed what zlib deflates here, for it cannot encrypt.
+class ZipWriter {
+ public:
+  ZipWriter(const fs::path& path, const std::optional<std::string>& password, ZipCompression compression)
+      : file_(zipOpen64(path.c_str(), APPEND_STATUS_CREATE)), password_(password) {
+    isReady_ = deflateInit2(&stream_, static_cast<int>(compression), Z_DEFLATED, -MAX_WBITS, DEF_MEM_LEVEL,
+                            Z_DEFAULT_STRATEGY) == Z_OK;
   }
+  ~ZipWriter() {
+    deflateEnd(&stream_);
+    close();
+  }
+  ZipWriter(const ZipWriter&) = delete;
+  ZipWriter& operator=(const ZipWriter&) = delete;
+
+  bool isOpen() const { return file_ != nullptr && isReady_; }
+  Failure add(const ProcessedFilePath& path);
+  /// Writes the table of contents; false when it could not.
+  bool close() { return file_ == nullptr || zipClose(std::exchange(file_, nullptr), nullptr) == ZIP_OK; }
+
+ private:
+  bool openEntry(const std::string& name, Input& input);
+  bool writeCipherHeader(Input& input);
+  bool writeContent(Input& input);
+  bool deflateBytes(const char* bytes, unsigned count, int flush);
+  bool write(std::span<char> bytes);
+
+  zipFile file_;
+  const std::optional<std::string>& password_;
+  std::optional<TraditionalCipher> cipher_;
+  z_stream stream_{};
+  bool isReady_ = false;
+  std::array<char, bufferBytes> deflated_;
+};
+
+bool ZipWriter::openEntry(const std::string& name, Input& input) {
   const zip_fileinfo info = infoOf(input.facts());
+  const uLong flags = (isUTF8(name) ? nameIsUTF8 : 0) | (password_ ? encrypted : 0);
   return zipOpenNewFileInZip4_64(file_, name.c_str(), &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
-                                 static_cast<int>(compression_), 0, -MAX_WBITS, DEF_MEM_LEVEL,
-                                 Z_DEFAULT_STRATEGY, password_ ? password_->c_str() : nullptr, checksum,
-                                 madeOnUnix, isUTF8(name) ? nameIsUTF8 : 0,
+                                 Z_DEFAULT_COMPRESSION, 1, -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY,
+                                 nullptr, 0, madeOnUnix, flags,
                                  input.size() > largestPlainFile ? 1 : 0) == ZIP_OK;
+}
+
+bool ZipWriter::write(std::span<char> bytes) {
+  if (cipher_) cipher_->encrypt(bytes);
+  return zipWriteInFileInZip(file_, bytes.data(), static_cast<unsigned>(bytes.size())) == ZIP_OK;
+}
+
+bool ZipWriter::writeCipherHeader(Input& input) {
+  std::array<char, TraditionalCipher::headerBytes> header{};
+  if (::getrandom(header.data(), header.size(), 0) != static_cast<ssize_t>(header.size())) return false;
+  header.back() = static_cast<char>(checksumOf(input) >> 24U);
+  cipher_.emplace(*password_);
+  return write(header);
+}
+
+bool ZipWriter::deflateBytes(const char* bytes, unsigned count, int flush) {
+  stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes));
+  stream_.avail_in = count;
+  int code = Z_OK;
+  do {
+    stream_.next_out = reinterpret_cast<Bytef*>(deflated_.data());
+    stream_.avail_out = static_cast<uInt>(deflated_.size());
+    code = deflate(&stream_, flush);
+    if (code == Z_STREAM_ERROR || !write({deflated_.data(), deflated_.size() - stream_.avail_out}))
+      return false;
+  } while (stream_.avail_out == 0 && code != Z_STREAM_END);
+  return true;
+}
+
+bool ZipWriter::writeContent(Input& input) {
+  uLong checksum = 0;
+  std::uint64_t size = 0;
+  deflateReset(&stream_);
+  const bool copied = input.read([&](const char* bytes, unsigned count) {
+    checksum = crc32(checksum, reinterpret_cast<const Bytef*>(bytes), count);
+    size += count;
+    return deflateBytes(bytes, count, Z_NO_FLUSH);
+  });
+  const bool ended = copied && deflateBytes(nullptr, 0, Z_FINISH);
+  return zipCloseFileInZipRaw64(file_, size, checksum) == ZIP_OK && ended;
 }
 
 Failure ZipWriter::add(const ProcessedFilePath& path) {
@@ -131,13 +187,10 @@ Failure ZipWriter::add(const ProcessedFilePath& path) {
     return fail(fmt::format("The name {} is empty or too long.", shownName(path.fileName)));
   Input input(path.filePath);
   if (input.error() != 0) return failedOn(path.filePath, input.error());
-  const bool opened = openEntry(path.fileName, input);
-  const bool copied = opened && input.read([this](const char* bytes, unsigned count) {
-    return zipWriteInFileInZip(file_, bytes, count) == ZIP_OK;
-  });
-  const bool closed = opened && zipCloseFileInZip(file_) == ZIP_OK;
+  const bool added =
+      openEntry(path.fileName, input) && (!password_ || writeCipherHeader(input)) && writeContent(input);
   if (input.error() != 0) return failedOn(path.filePath, input.error());
-  if (copied && closed) return std::nullopt;
+  if (added) return std::nullopt;
   return fail(
       fmt::format("Entry {} could not be written. Check that there is space.", shownName(path.fileName)));
 }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <minizip/unzip.h>
+#include <zlib.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -9,6 +11,7 @@
 #include <string>
 
 #include "archive/archive_source.hpp"
+#include "archive/traditional_cipher.hpp"
 
 namespace vantorium {
 
@@ -18,12 +21,16 @@ struct ZipEntry {
   std::size_t nameBytes = 0;
   std::uint64_t compressedBytes = 0;
   std::uint64_t bytes = 0;
+  std::uint32_t checksum = 0;
   std::uint32_t attributes = 0;  ///< external: for archives from Unix, the file's mode in the upper 16 bits
   bool isEncrypted = false;
+  unsigned char passwordCheck = 0;  ///< what the last byte before the encrypted content must be
 };
 
-/// Owns minizip's handle of an archive, and closes it at the end of its life. The entry at hand is the one
-/// that `first` or `next` last arrived at. One thread at a time.
+/// Owns minizip's handle of an archive, and closes it at the end of its life. minizip finds the entries and
+/// where their bytes are; they are decrypted and inflated here, because Debian's minizip can neither decrypt
+/// nor read 64-bit sizes. The entry at hand is the one that `first` or `next` last arrived at. One thread at
+/// a time.
 class ZipReader {
  public:
   /// The source outlives the reader.
@@ -39,15 +46,28 @@ class ZipReader {
   /// None when the table of contents is damaged there.
   std::optional<ZipEntry> entry(std::size_t longestName) const;
 
-  /// Opens the entry at hand for reading; false when it is damaged or stored in a way that is not supported.
-  bool openEntry(const ZipEntry& entry, const std::optional<std::string>& password);
+  /// Opens the entry at hand for reading. Returns null, or what is wrong with it.
+  const char* openEntry(const ZipEntry& entry, const std::optional<std::string>& password);
   /// The next bytes of the open entry: their number, 0 at its end, negative when it is damaged.
-  int read(std::span<char> bytes);
-  enum class Close { sound, wrongChecksum, damaged };
-  Close closeEntry();
+  long read(std::span<char> bytes);
+  /// Of all that was read of the entry.
+  std::uint32_t checksum() const { return checksum_; }
+  void closeEntry();
 
  private:
+  long readStored(std::span<char> bytes);
+  long readDeflated(std::span<char> bytes);
+
+  ArchiveSource& source_;
   unzFile file_;
+  z_stream stream_{};
+  bool isDeflated_ = false;
+  bool hasEnded_ = false;
+  std::uint64_t position_ = 0;  ///< of the next stored byte
+  std::uint64_t rest_ = 0;      ///< stored bytes that were not yet read
+  std::uint32_t checksum_ = 0;
+  std::optional<TraditionalCipher> cipher_;
+  std::array<char, 16384> stored_;
 };
 
 }  // namespace vantorium

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <thread>
 
 #include "archive/archive_cage.hpp"
@@ -49,6 +50,9 @@ class ZipTest : public ::testing::Test {
 
 TEST_F(ZipTest, MakesArchivesThatItAndOthersRead) {
   std::vector<std::uintmax_t> sizes;
+  std::string check =
+      "-c \"import sys, zipfile\nfor path in sys.argv[1:]:\n  archive = zipfile.ZipFile(path)\n"
+      "  archive.setpassword(b'secret')\n  assert archive.testzip() is None, path\"";
   for (const auto compression : {ZipCompression::noCompression, ZipCompression::bestSpeed,
                                  ZipCompression::defaultCompression, ZipCompression::bestCompression}) {
     for (const std::optional<std::string>& password : {std::optional<std::string>(), {"secret"}}) {
@@ -57,15 +61,14 @@ TEST_F(ZipTest, MakesArchivesThatItAndOthersRead) {
       const auto error = Zip::unzipFile(archive(), destination(), true, password);
       EXPECT_FALSE(error) << error->detail();
       expectSame(destination() / "pages");
-      const std::string check = "-c \"import zipfile,sys; z=zipfile.ZipFile('" + archive().string() +
-                                "'); z.setpassword(b'secret'); sys.exit(z.testzip() is not None)\"";
-      EXPECT_TRUE(testing::runPython(check));
+      sizes.push_back(fs::file_size(archive()));
+      fs::rename(archive(), home_.path() / std::to_string(sizes.size()));
+      check += " " + (home_.path() / std::to_string(sizes.size())).string();
     }
-    sizes.push_back(fs::file_size(archive()));
   }
+  EXPECT_TRUE(testing::runPython(check));
   EXPECT_GT(sizes[0], 300'000U);
-  EXPECT_GT(sizes[1], sizes[3]);
-  EXPECT_EQ(sizes.size(), 4U);
+  EXPECT_GT(sizes[2], sizes[6]);
 }
 
 TEST_F(ZipTest, LeavesNothingBehindWhenZippingFails) {
@@ -131,8 +134,8 @@ TEST_F(ZipTest, CountsWhileItInflates) {
   EXPECT_TRUE(fs::exists(destination() / "pages/a.txt")) << "what was complete stays";
   EXPECT_FALSE(fs::exists(destination() / "pages/b/noise.bin"));
   EXPECT_NE(detail({.entries = 2}).find("more than 2 entries"), std::string::npos);
-  EXPECT_NE(detail({.nameBytes = 17}).find("too long"), std::string::npos);
-  EXPECT_EQ(detail({.nameBytes = 17 + 1}), "");
+  EXPECT_NE(detail({.nameBytes = 16}).find("too long"), std::string::npos);
+  EXPECT_EQ(detail({.nameBytes = 17}), "");
   EXPECT_NE(detail({.compressionRatio = 1, .ratioFreeBytes = 100}).find("1 times"), std::string::npos);
   EXPECT_EQ(detail({.compressionRatio = 1, .ratioFreeBytes = 300'000}), "");
 }
