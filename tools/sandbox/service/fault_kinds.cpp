@@ -99,14 +99,24 @@ Plan delay(const Strike& strike) {
   return {.answer = strike.victim.trueAnswer(), .pause = milliseconds(strike.parameters.at("seconds"))};
 }
 
+// How much of a body that is not empty arrives: never all of it.
+size_t partOf(const Strike& strike, const Body& body) {
+  const json& bytes = strike.parameters.at("bytes");
+  return std::min(bytes.is_number() ? bytes.get<size_t>() : body.size() / 2, body.size() - 1);
+}
+
 Plan bodyCutShort(const Strike& strike) {
   Answer answer = strike.victim.trueAnswer();
   if (answer.body.size() == 0) answer.body = {std::string(100, ' ')};
-  const json& bytes = strike.parameters.at("bytes");
-  const size_t sent =
-      std::min(bytes.is_number() ? bytes.get<size_t>() : answer.body.size() / 2, answer.body.size() - 1);
+  const size_t sent = partOf(strike, answer.body);
   return {.answer = answer,
           .deliver = [answer, sent](Connection& connection) { sendPart(connection, answer, sent); }};
+}
+
+Plan bodyTruncated(const Strike& strike) {
+  Answer answer = strike.victim.trueAnswer();
+  if (answer.body.size() > 0) answer.body = {answer.body.read(0, partOf(strike, answer.body))};
+  return {.answer = std::move(answer)};
 }
 
 Plan connectionReset(const Strike& strike) {
@@ -201,6 +211,10 @@ const std::vector<Kind>& kinds() {
        "closes after so many bytes of the body (null: half of it)",
        {{"bytes", nullptr}},
        &bodyCutShort},
+      {"bodyTruncated",
+       "so many bytes of the body (null: half of it), as if that were all",
+       {{"bytes", nullptr}},
+       &bodyTruncated},
       {"connectionReset",
        "resets the connection, at once or after so many bytes of the body",
        {{"afterBytes", 0}},
