@@ -21,6 +21,7 @@ using nlohmann::json;
 struct Reply {
   CURLcode code;
   long status;
+  std::string contentType;
   std::string body;
   json parsed() const { return json::parse(body, nullptr, false); }
 };
@@ -58,6 +59,9 @@ Reply send(const Ask& ask) {
   }
   reply.code = curl_easy_perform(curl.get());
   curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &reply.status);
+  const char* contentType = nullptr;
+  curl_easy_getinfo(curl.get(), CURLINFO_CONTENT_TYPE, &contentType);
+  if (contentType != nullptr) reply.contentType = contentType;
   curl_slist_free_all(headers);
   return reply;
 }
@@ -73,7 +77,7 @@ class SandboxServerTest : public testing::Test {
  protected:
   void SetUp() override { server.start(); }
 
-  Reply init(json body = deviceBody()) {
+  Reply init(const json& body = deviceBody()) {
     return send({server.baseURL() + "/api/init", {"Content-Type: application/json"}, body.dump(2)});
   }
   std::string bearer() { return "Authorization: Bearer " + init().parsed().value("token", ""); }
@@ -113,6 +117,25 @@ TEST_F(SandboxServerTest, ServesACampaignAndCountsItsEvents) {
   EXPECT_NE(page.body.find(server.baseURL() + "/static/"), std::string::npos);
   for (const auto& asset : first["endAssets"][0]) EXPECT_EQ(send({asset}).status, 200) << asset;
   EXPECT_EQ(send({first["customImage"]}).status, 200);
+}
+
+TEST_F(SandboxServerTest, PlayablesComeAsArchives) {
+  const std::string authorization = bearer();
+  for (const char* placement : {"playable-rewarded", "playable-portrait", "html-plain"}) {
+    const std::string query =
+        std::string("placementId=") + placement + "&connectionType=WIFI&numOfCampaigns=1";
+    const json campaign = campaigns(authorization, query).parsed()["data"][0];
+    EXPECT_EQ(campaign["type"], "playable");
+    EXPECT_TRUE(campaign["zippedUrl"].get<std::string>().starts_with(campaign["baseUrl"].get<std::string>()));
+    const Reply archive = send({campaign["zippedUrl"]});
+    EXPECT_EQ(archive.contentType, "application/zip") << placement;
+
+    server.setFaults({{"path", "/playable/"}, {"fault", "bodyTruncated"}, {"times", 1}});
+    const Reply part = send({campaign["zippedUrl"]});
+    EXPECT_EQ(part.code, CURLE_OK);
+    EXPECT_EQ(part.body, archive.body.substr(0, archive.body.size() / 2));
+  }
+  EXPECT_EQ(send({server.baseURL() + "/playable-src/harbor-dash/game.js"}).status, 404);
 }
 
 TEST_F(SandboxServerTest, SaysWhichRuleARequestBreaks) {
@@ -179,6 +202,7 @@ TEST_F(SandboxServerTest, EveryFaultDoesItsHarm) {
   EXPECT_EQ(strike("successWithStatus500").status, 500);
   EXPECT_EQ(strike("delay", {{"seconds", 0.01}}).body, "true");
   EXPECT_EQ(strike("bodyCutShort").code, CURLE_PARTIAL_FILE);
+  EXPECT_EQ(strike("bodyTruncated", {{"bytes", 3}}).body, "tru");
   EXPECT_EQ(strike("connectionReset").code, CURLE_RECV_ERROR);
   EXPECT_EQ(strike("connectionReset", {{"afterBytes", 2}}).body, "tr");
   EXPECT_EQ(strike("serverCloses").code, CURLE_GOT_NOTHING);

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <stdexcept>
@@ -15,6 +16,7 @@ using nlohmann::json;
 
 constexpr std::string_view base = "{{base}}";
 constexpr size_t largestText = 4U << 20U;
+constexpr std::array<std::string_view, 4> servedFolders{"static", "media", "track", "playable"};
 
 struct FileType {
   std::string_view extension;
@@ -162,7 +164,7 @@ std::optional<Answer> Catalogue::file(const std::string& path) const {
   const fs::path relative = fs::path(path).relative_path().lexically_normal();
   if (relative.empty() || path.find('\0') != std::string::npos) return std::nullopt;
   const std::string top = *relative.begin();
-  if (top != "static" && top != "media" && top != "track") return std::nullopt;
+  if (std::ranges::find(servedFolders, top) == servedFolders.end()) return std::nullopt;
   auto body = Body::file(folder_ / relative);
   if (!body) return std::nullopt;
   const FileType type = typeOf(relative);

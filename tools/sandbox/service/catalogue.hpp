@@ -14,11 +14,11 @@ namespace vantorium::sandbox {
 /// What the service has to offer, read from a folder and changed by tests. "{{base}}" is filled in where it
 /// is handed out. Callable on any thread.
 ///
-/// init.json                   the whole init answer
-/// campaigns/PLACEMENT.json    array of campaigns; native/PLACEMENT.json likewise
-/// offers/PLACEMENT.json       object
-/// rewarded_popup.html         template
-/// static/ media/ track/       files, served under these paths
+/// init.json                           the whole init answer
+/// campaigns/PLACEMENT.json            array of campaigns; native/PLACEMENT.json likewise
+/// offers/PLACEMENT.json               object
+/// rewarded_popup.html                 template
+/// static/ media/ track/ playable/     files, served under these paths
 class Catalogue {
  public:
   /// Throws std::runtime_error saying which file is missing or malformed, and where.
@@ -35,7 +35,7 @@ class Catalogue {
   /// "true" for every placement until set.
   std::string canReward(const std::string& placement) const;
   std::string canView(const std::string& placement) const;
-  /// A file of static/, media/ or track/ by its decoded path; texts are filled in.
+  /// A file of one of these folders by its decoded path; texts are filled in.
   std::optional<Answer> file(const std::string& path) const;
   /// What a test set for exactly this path.
   std::optional<Answer> fixedAnswer(const std::string& path) const;
