@@ -24,6 +24,7 @@ const std::vector<Case> faults{
     {"successWithStatus500", {{"fault", "successWithStatus500"}}},
     {"delay", {{"fault", "delay"}, {"seconds", 0.1}}},
     {"bodyCutShort", {{"fault", "bodyCutShort"}}},
+    {"bodyTruncated", {{"fault", "bodyTruncated"}}},
     {"connectionReset", {{"fault", "connectionReset"}}},
     {"resetInTheBody", {{"fault", "connectionReset"}, {"afterBytes", 5}}},
     {"neverAnswers", {{"fault", "neverAnswers"}}},
