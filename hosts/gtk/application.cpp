@@ -72,6 +72,26 @@ ui::Rect DesktopApplication::screenBounds() const {
   return stage != nullptr ? stage->bounds() : ui::Rect{};
 }
 
+bool DesktopApplication::isWide() const {
+  const ui::Rect screen = screenBounds();
+  return screen.width > screen.height;
+}
+
+ui::InterfaceOrientation DesktopApplication::interfaceOrientation() const {
+  return isWide() ? ui::InterfaceOrientation::landscapeLeft : ui::InterfaceOrientation::portrait;
+}
+
+// Where the sensor says that the device is held in its natural way, or in a way that has the window's shape
+// because the desktop turned with it, the user sees the window upright.
+ui::DeviceOrientation DesktopApplication::deviceOrientation() const {
+  const ui::DeviceOrientation reading = sensor_.orientation();
+  if (sensor_.isHeld() || reading == ui::DeviceOrientation::unknown) return reading;
+  const bool isLandscape =
+      reading == ui::DeviceOrientation::landscapeLeft || reading == ui::DeviceOrientation::landscapeRight;
+  if (reading != ui::DeviceOrientation::portrait && isLandscape != isWide()) return reading;
+  return isWide() ? ui::DeviceOrientation::landscapeRight : ui::DeviceOrientation::portrait;
+}
+
 void DesktopApplication::didPresent(ui::ViewController&, bool) { sensor_.setClaimed(true); }
 void DesktopApplication::didDismiss(ui::ViewController&, bool) {
   sensor_.setClaimed(stageWithAd() != nullptr);

@@ -23,11 +23,9 @@ class DesktopApplication final : public ui::Application {
 
   std::shared_ptr<ui::ViewController> rootViewController() override;
   ui::Rect screenBounds() const override;
-  /// The windows of a desktop do not turn by themselves.
-  ui::InterfaceOrientation interfaceOrientation() const override {
-    return ui::InterfaceOrientation::portrait;
-  }
-  ui::DeviceOrientation deviceOrientation() const override { return sensor_.orientation(); }
+  /// By the shape of what ads are shown in.
+  ui::InterfaceOrientation interfaceOrientation() const override;
+  ui::DeviceOrientation deviceOrientation() const override;
   void didPresent(ui::ViewController& screen, bool animated) override;
   void didDismiss(ui::ViewController& screen, bool animated) override;
   std::string storeURL(const std::string& productID) const override;
@@ -37,6 +35,7 @@ class DesktopApplication final : public ui::Application {
   void refusedURL(const std::string& url) override;
 
  private:
+  bool isWide() const;
   Stage* keyStage() const;
   Stage* stageWithAd() const;
   void closed(Stage& stage);

@@ -7,7 +7,7 @@
 
 namespace vantorium::gtk {
 
-/// How the device is held, as iio-sensor-proxy tells; portrait where there is no such sensor. The sensor is
+/// How the device is held, as iio-sensor-proxy tells; unknown where there is no such sensor. The sensor is
 /// used only while it is claimed. Main thread only.
 class OrientationSensor {
  public:
@@ -17,13 +17,14 @@ class OrientationSensor {
   ui::DeviceOrientation orientation() const { return orientation_; }
   /// From now on the device is held like this, whatever the sensor says.
   void hold(ui::DeviceOrientation orientation);
+  bool isHeld() const { return isHeld_; }
 
  private:
   void update();
   void set(ui::DeviceOrientation orientation);
 
   std::function<void()> changed_;
-  ui::DeviceOrientation orientation_ = ui::DeviceOrientation::portrait;
+  ui::DeviceOrientation orientation_ = ui::DeviceOrientation::unknown;
   bool isHeld_ = false, isWanted_ = false, isClaimed_ = false;
   SystemService service_;
 };

@@ -60,7 +60,9 @@ enum class DeviceOrientation {
   faceDown
 };
 
-/// For developers: holds the device this way, whatever its sensor says, and tells ads to follow.
+/// For developers: holds the device this way, whatever its sensor says, and tells ads to follow. The window
+/// is taken to be upright in a device held in portrait when it is taller than wide, else in one whose top
+/// points to the right: an ad is turned by what the device is turned from there.
 void setDeviceOrientation(Host& host, DeviceOrientation orientation);
 
 }  // namespace gtk

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "cache/confinement.hpp"
@@ -159,17 +160,17 @@ std::string CacheClient::getFolderPath(const std::string& forIdentifier) const {
 }
 
 std::optional<std::string> CacheClient::getHTMLPath(const std::string& forIdentifier) const {
-  std::optional<std::string> first;
+  std::optional<std::tuple<int, bool, std::string>> first;
   std::error_code error;
   for (fs::recursive_directory_iterator entry(getFolderPath(forIdentifier), error), end;
        !error && entry != end; entry.increment(error)) {
     // A link may lead out of the folder.
     std::error_code ignored;
     if (!isPage(entry->path()) || !fs::is_regular_file(entry->symlink_status(ignored))) continue;
-    std::string path = entry->path().string();
-    if (!first || path < *first) first = std::move(path);
+    std::tuple page(entry.depth(), entry->path().filename() != "index.html", entry->path().string());
+    if (!first || page < *first) first = std::move(page);
   }
-  return first;
+  return first ? std::optional(std::get<std::string>(*first)) : std::nullopt;
 }
 
 std::optional<std::string> CacheClient::getFilePath(const std::string& forKey) const {

@@ -62,7 +62,8 @@ class CacheClient : public std::enable_shared_from_this<CacheClient> {
   bool hasFilesOnDisk(const std::string& forIdentifier) const EXCLUDES(mutex_);
   /// The folder of the identifier's files: what its page may read. It need not exist.
   std::string getFolderPath(const std::string& forIdentifier) const EXCLUDES(mutex_);
-  /// The first page (".html" or ".htm", in the order of their paths) in the identifier's folder.
+  /// The page (".html" or ".htm") in the identifier's folder that is nearest to its top: an "index.html"
+  /// before others, these in the order of their paths.
   std::optional<std::string> getHTMLPath(const std::string& forIdentifier) const EXCLUDES(mutex_);
   /// The blob saved under the key.
   std::optional<std::string> getFilePath(const std::string& forKey) const EXCLUDES(mutex_);

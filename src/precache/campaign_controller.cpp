@@ -15,7 +15,6 @@ namespace vantorium {
 
 namespace {
 
-constexpr int retries = 2;
 constexpr std::size_t mostEndCardFiles = 500;
 
 }  // namespace
@@ -51,9 +50,18 @@ CampaignController::CampaignController(std::shared_ptr<Campaign> campaign, std::
 void CampaignController::precache(const std::shared_ptr<DispatchQueue>& queue, Completion completion) {
   CacheClient& cache = *client_->cacheClient;
   const auto earlier = cache.getCampaign(campaign_->hash);
-  if (earlier && cache.hasFilesOnDisk(earlier->identifier)) {
+  // Others may have emptied the cache folder since.
+  const auto isOnDisk = [&cache](const Campaign& campaign) {
+    return campaign.type == "playable" ? cache.getHTMLPath(campaign.identifier).has_value()
+                                       : cache.hasFilesOnDisk(campaign.identifier);
+  };
+  if (earlier && isOnDisk(*earlier)) {
     cache.shareFiles(campaign_->identifier, earlier->identifier);
     completion(true, std::nullopt);
+    return;
+  }
+  if (campaign_->type == "playable") {
+    precachePlayable(queue, 0, completion);
     return;
   }
   if (const auto error = refusal()) {
@@ -67,9 +75,6 @@ void CampaignController::precache(const std::shared_ptr<DispatchQueue>& queue, C
 
 /// Why the campaign cannot be precached, however often it is tried.
 std::optional<Error> CampaignController::refusal() const {
-  if (campaign_->type == "playable") {
-    return VantoriumError::internalError("Playable campaigns are not supported by this version.");
-  }
   const std::size_t files = hasEndCard() ? campaign_->endAssets.front().size() : 0;
   if (files <= mostEndCardFiles) return std::nullopt;
   return VantoriumError::internalError(fmt::format(

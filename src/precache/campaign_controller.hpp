@@ -14,9 +14,10 @@
 
 namespace vantorium {
 
-/// Turns one campaign into files on disk: its video and, at the same time, its end card, whose page is
-/// rewritten to refer to the local copies. What fails is tried twice more.
-/// A playable campaign is refused at once, and so is one whose end card has too many files.
+/// Turns one campaign into files on disk. For a playable one: its archive, unpacked where it lies, and the
+/// page that brings it to the screen. For any other: its video and, at the same time, its end card, whose
+/// page is rewritten to refer to the local copies. A download that fails is tried twice more; an end card of
+/// too many files is refused at once.
 ///
 /// The owner keeps the controller until the completion has run; dropping it earlier ends the precache in
 /// silence.
@@ -36,6 +37,11 @@ class CampaignController : public std::enable_shared_from_this<CampaignControlle
  private:
   class Group;
 
+  void precachePlayable(const std::shared_ptr<DispatchQueue>& queue, int tryCounter,
+                        const Completion& completion);
+  std::optional<Error> unpack(const std::vector<std::shared_ptr<File>>& files) const;
+  std::string playablePathToRemove() const;
+
   std::optional<Error> refusal() const;
   bool hasEndCard() const;
   void precacheRewardableVideo(const std::shared_ptr<DispatchQueue>& queue, int tryCounter,
@@ -47,6 +53,8 @@ class CampaignController : public std::enable_shared_from_this<CampaignControlle
   void updateHTMLWithRelativeAssets(const std::string& forIndetifier,
                                     const std::vector<std::string>& assestURLs,
                                     const std::string& customImage) const;
+
+  static constexpr int retries = 2;
 
   const std::shared_ptr<Campaign> campaign_;
   const std::shared_ptr<Client> client_;

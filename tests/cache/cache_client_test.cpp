@@ -95,7 +95,12 @@ TEST_F(CacheClientTest, FindsPagesInTheIdentifiersFolder) {
   write("outside.html");
   fs::create_symlink(world_.cacheRoot() / "outside.html", world_.cacheRoot() / "ID/a.html/link.html");
   write("ID/b/page.htm");
+  EXPECT_EQ(cache().getHTMLPath("ID"), (world_.cacheRoot() / "ID/c.html").string()) << "nearest to the top";
+  fs::remove(world_.cacheRoot() / "ID/c.html");
   EXPECT_EQ(cache().getHTMLPath("ID"), (world_.cacheRoot() / "ID/b/page.htm").string());
+  write("ID/about.html");
+  write("ID/index.html");
+  EXPECT_EQ(cache().getHTMLPath("ID"), (world_.cacheRoot() / "ID/index.html").string());
 }
 
 TEST_F(CacheClientTest, SavesBlobsAndReportsWhatItCannot) {

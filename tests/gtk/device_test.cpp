@@ -107,7 +107,7 @@ TEST_F(DesktopTest, StoreLinksAndRefusedTargets) {
 
 TEST_F(DesktopTest, TurningTheDeviceByHandIsHeard) {
   auto& application = host->application();
-  EXPECT_EQ(application.deviceOrientation(), ui::DeviceOrientation::portrait);
+  EXPECT_EQ(application.deviceOrientation(), ui::DeviceOrientation::unknown) << "no sensor here";
   int heard = 0;
   const auto observation =
       application.observe(ui::ApplicationEvent::deviceOrientationDidChange, [&] { ++heard; });

@@ -159,9 +159,6 @@ TEST_F(CampaignControllerTest, FailsWithTheEndCard) {
 
 TEST_F(CampaignControllerTest, RefusesWhatCannotBeFetched) {
   EXPECT_EQ(precache(controller({{"videoUrl", ""}})), (Result{false, VantoriumError::internalError()}));
-  const auto [success, error] = precache(controller({{"type", "playable"}}));
-  EXPECT_FALSE(success);
-  EXPECT_NE(error->errorMessage().find("not supported"), std::string::npos);
 
   json campaign = videoWithEndCard();
   campaign["endAssets"] = json::array({json(std::vector<std::string>(501, base() + "/static/img/a.png"))});
