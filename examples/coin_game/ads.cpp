@@ -10,42 +10,49 @@ std::string textOf(const std::optional<Error>& error) { return error ? error->lo
 
 }  // namespace
 
-void Ads::start(const std::string& appID, const std::string& placement) {
+void Ads::start(const std::string& appID, const std::vector<std::string>& placements) {
   appID_ = appID;
-  placement_ = placement;
+  for (const std::string& placement : placements) setState(placement, State::loading);
   Vantorium::setDelegate(weak_from_this());  // held weakly: the game keeps this object
-  load();
+  configure();
 }
 
-void Ads::load() {
-  setState(State::loading);
-  if (Vantorium::isConfigured()) {
-    Vantorium::precacheCampaigns(placement_, noted("precacheCampaigns"));
-  } else {
-    // Once configured the SDK fetches a video for the placement by itself, and the next one whenever one was
-    // shown.
-    Vantorium::configure(appID_, noted("configure"));
+// Once configured the SDK fetches an ad for each placement by itself, and the next one whenever one was
+// shown.
+void Ads::configure() { Vantorium::configure(appID_, noted("configure")); }
+
+void Ads::retry() {
+  const bool isConfigured = Vantorium::isConfigured();
+  for (const auto& [placement, state] : std::map(states_)) {
+    if (state != State::unavailable) continue;
+    setState(placement, State::loading);
+    if (isConfigured) load(placement);
   }
+  if (!isConfigured) configure();
 }
 
-void Ads::show() {
-  if (!Vantorium::isCampaignReady(placement_)) return load();
-  setState(State::showing);
-  Vantorium::showCampaign(placement_,
-                          [weak = weak_from_this()](bool success, const std::optional<Error>& error) {
-                            if (const auto self = weak.lock()) self->didClose(success, error);
-                          });
+void Ads::load(const std::string& placement) {
+  setState(placement, State::loading);
+  Vantorium::precacheCampaigns(placement, noted("precacheCampaigns"));
 }
 
-// Watched to the end, closed or failed: all the same here. Coins come with the reward, never with the
-// closing.
-void Ads::didClose(bool success, const std::optional<Error>& error) {
+void Ads::show(const std::string& placement) {
+  if (!Vantorium::isCampaignReady(placement)) return load(placement);
+  setState(placement, State::showing);
+  Vantorium::showCampaign(
+      placement, [weak = weak_from_this(), placement](bool success, const std::optional<Error>& error) {
+        if (const auto self = weak.lock()) self->didClose(placement, success, error);
+      });
+}
+
+// Seen to the end, closed or failed: all the same here. Coins come with the reward, never with the closing.
+void Ads::didClose(const std::string& placement, bool success, const std::optional<Error>& error) {
   timeline_.note("completion", "showCampaign",
-                 {{"success", success ? "yes" : "no"}, {"error", textOf(error)}});
-  if (Vantorium::isCampaignReady(placement_)) {
-    setState(State::ready);
+                 {{"placement", placement}, {"success", success ? "yes" : "no"}, {"error", textOf(error)}});
+  if (Vantorium::isCampaignReady(placement)) {
+    setState(placement, State::ready);
   } else {
-    load();
+    load(placement);
   }
 }
 
@@ -53,20 +60,25 @@ void Ads::didConfigure() { timeline_.note("delegate", "didConfigure"); }
 
 void Ads::didFailConfigure(const std::optional<Error>& error) {
   timeline_.note("delegate", "didFailConfigure", {{"error", textOf(error)}});
-  setState(State::unavailable);
+  for (const auto& [placement, state] : std::map(states_)) setState(placement, State::unavailable);
 }
 
 void Ads::didPrecache(const std::string& placement) {
   timeline_.note("delegate", "didPrecache", {{"placement", placement}});
-  if (placement == placement_ && state_ != State::showing) setState(State::ready);
+  if (isWaitedFor(placement)) setState(placement, State::ready);
 }
 
 void Ads::didFailPrecache(const std::string& placement, const std::optional<Error>& error) {
   timeline_.note("delegate", "didFailPrecache", {{"placement", placement}, {"error", textOf(error)}});
-  if (placement != placement_ || state_ == State::showing) return;
+  if (!isWaitedFor(placement)) return;
   // Somebody asked before us, so the answer is still to come.
   if (error && VantoriumError::is(*error, VantoriumError::functionInProgressCode)) return;
-  setState(State::unavailable);
+  setState(placement, State::unavailable);
+}
+
+bool Ads::isWaitedFor(const std::string& placement) const {
+  const auto found = states_.find(placement);
+  return found != states_.end() && found->second != State::showing;
 }
 
 void Ads::didReceiveClick(const std::string& placement) {
@@ -79,9 +91,9 @@ void Ads::didReceiveReward(const std::string& placement, std::int64_t amount) {
   if (onReward) onReward(amount);
 }
 
-void Ads::setState(State state) {
-  state_ = state;
-  if (onStateChange) onStateChange(state);
+void Ads::setState(const std::string& placement, State state) {
+  states_[placement] = state;
+  if (onStateChange) onStateChange(placement, state);
 }
 
 /// For calls whose outcome the delegate hears as well: their completion is only noted.

@@ -29,8 +29,8 @@ void setUpLabel(Gtk::Label& label, const char* cssClass, Gtk::Align align) {
 
 }  // namespace
 
-GameWindow::GameWindow(std::shared_ptr<Ads> ads, Timeline& timeline)
-    : ads_(std::move(ads)), timeline_(timeline) {
+GameWindow::GameWindow(std::shared_ptr<Ads> ads, Placements placements, Timeline& timeline)
+    : ads_(std::move(ads)), placements_(std::move(placements)), timeline_(timeline) {
   set_title("Little Bay");
   set_default_size(390, 844);
   const auto css = Gtk::CssProvider::create();
@@ -39,7 +39,6 @@ GameWindow::GameWindow(std::shared_ptr<Ads> ads, Timeline& timeline)
   buildLayout();
   connect();
   showCoins();
-  showAdState(Ads::State::loading);
 }
 
 GameWindow::~GameWindow() {
@@ -91,6 +90,8 @@ Gtk::Widget& GameWindow::buildPanel() {
 
   watch_.set_label("Watch a video for 50 coins");
   watch_.add_css_class("watch");
+  play_.set_label("Play for 50 coins");
+  play_.add_css_class("play");
   setUpLabel(status_, "quiet", Gtk::Align::CENTER);
   retry_.set_label("Try again");
   retry_.add_css_class("retry");
@@ -100,6 +101,7 @@ Gtk::Widget& GameWindow::buildPanel() {
 
   panel_.append(offer_);
   panel_.append(watch_);
+  panel_.append(play_);
   panel_.append(statusLine_);
   panel_.add_css_class("panel");
   return panel_;
@@ -111,9 +113,12 @@ void GameWindow::connect() {
     addCoins(1);
   });
   buy_.signal_clicked().connect([this] { buyNext(); });
-  watch_.signal_clicked().connect([this] { ads_->show(); });
-  retry_.signal_clicked().connect([this] { ads_->load(); });
-  ads_->onStateChange = [this](Ads::State state) { showAdState(state); };
+  watch_.signal_clicked().connect([this] { ads_->show(placements_.video); });
+  play_.signal_clicked().connect([this] { ads_->show(placements_.playable); });
+  retry_.signal_clicked().connect([this] { ads_->retry(); });
+  ads_->onStateChange = [this](const std::string& placement, Ads::State state) {
+    showAdState(placement, state);
+  };
   ads_->onReward = [this](std::int64_t coins) { addCoins(coins); };
 
   const auto shortcuts = Gtk::ShortcutController::create();
@@ -145,26 +150,30 @@ void GameWindow::showCoins() {
   buy_.set_sensitive(!isComplete && coins_ >= price);
 }
 
-void GameWindow::showAdState(Ads::State state) {
-  const char* text = "";
-  switch (state) {
-    case Ads::State::loading:
-      text = "Loading a video…";
-      break;
-    case Ads::State::ready:
-      text = "A video is ready for you";
-      break;
-    case Ads::State::showing:
-      text = "Enjoy the video";
-      break;
-    case Ads::State::unavailable:
-      text = "No video right now";
-      break;
+void GameWindow::showAdState(const std::string& placement, Ads::State state) {
+  using enum Ads::State;
+  const bool isVideo = placement == placements_.video;
+  (isVideo ? videoState_ : playableState_) = state;
+  const auto isEither = [this](Ads::State wanted) {
+    return videoState_ == wanted || playableState_ == wanted;
+  };
+  const char* text = "Nothing to watch or play right now";
+  if (isEither(showing)) {
+    text = "Enjoy!";
+  } else if (videoState_ == ready && playableState_ == ready) {
+    text = "A video and a game are ready for you";
+  } else if (videoState_ == ready) {
+    text = "A video is ready for you";
+  } else if (playableState_ == ready) {
+    text = "A game is ready for you";
+  } else if (isEither(loading)) {
+    text = "Looking for something to watch or play…";
   }
   status_.set_text(text);
-  watch_.set_sensitive(state == Ads::State::ready);
-  retry_.set_visible(state == Ads::State::unavailable);
-  bay_.setStill(state == Ads::State::showing);
-  timeline_.note("game", "video button",
-                 {{"enabled", watch_.get_sensitive() ? "yes" : "no"}, {"text", text}});
+  watch_.set_sensitive(videoState_ == ready);
+  play_.set_sensitive(playableState_ == ready);
+  retry_.set_visible(isEither(unavailable) && !isEither(showing));
+  bay_.setStill(isEither(showing));
+  timeline_.note("game", isVideo ? "video button" : "play button",
+                 {{"enabled", state == ready ? "yes" : "no"}, {"text", text}});
 }

@@ -4,15 +4,22 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "ads.hpp"
 #include "bay_view.hpp"
 #include "timeline.hpp"
 
-/// The whole game: fish for coins, or watch a video for a handful of them, and spend them on the bay.
-class GameWindow final : public Gtk::Window {
+/// The whole game: fish for coins, or watch a video or play another game for a handful of them, and spend
+/// them on the bay.
+class GameWindow final : public Gtk::ApplicationWindow {
  public:
-  GameWindow(std::shared_ptr<Ads> ads, Timeline& timeline);
+  /// Where in the game ads are shown, by the names that the service knows.
+  struct Placements {
+    std::string video, playable;
+  };
+
+  GameWindow(std::shared_ptr<Ads> ads, Placements placements, Timeline& timeline);
   ~GameWindow() override;
 
  private:
@@ -24,12 +31,14 @@ class GameWindow final : public Gtk::Window {
   void addCoins(std::int64_t coins);
   void buyNext();
   void showCoins();
-  void showAdState(Ads::State state);
+  void showAdState(const std::string& placement, Ads::State state);
 
   const std::shared_ptr<Ads> ads_;
+  const Placements placements_;
   Timeline& timeline_;
   std::int64_t coins_ = 0;
   int built_ = 0;
+  Ads::State videoState_ = Ads::State::loading, playableState_ = Ads::State::loading;
 
   Gtk::Overlay layers_;
   Gtk::Button fish_;
@@ -40,5 +49,5 @@ class GameWindow final : public Gtk::Window {
   Gtk::Box footer_{Gtk::Orientation::VERTICAL}, panel_{Gtk::Orientation::VERTICAL}, offer_,
       offerTexts_{Gtk::Orientation::VERTICAL}, statusLine_;
   Gtk::Label offerName_, offerText_, status_;
-  Gtk::Button buy_, watch_, retry_;
+  Gtk::Button buy_, watch_, play_, retry_;
 };

@@ -7,6 +7,7 @@
 #include <vantorium/vantorium.hpp>
 
 #include "ads.hpp"
+#include "device_menu.hpp"
 #include "game_window.hpp"
 #include "timeline.hpp"
 
@@ -16,10 +17,12 @@ using vantorium::Vantorium;
 
 struct Options {
   Glib::ustring appID = "coin-game";
-  Glib::ustring placement = "rewarded-main";
+  Glib::ustring videoPlacement = "rewarded-main";
+  Glib::ustring playablePlacement = "playable-rewarded";
   Glib::ustring serviceURL;
   std::string certificate;
   std::string timeline;
+  bool hasDeviceMenu = false;
 };
 
 /// Throws Glib::Error when the command line is wrong; ends the process after --help.
@@ -29,16 +32,20 @@ Options parse(int argc, char** argv) {
   const auto entry = [](const char* name, const char* argument, const char* description) {
     Glib::OptionEntry made;
     made.set_long_name(name);
-    made.set_arg_description(argument);
+    if (argument != nullptr) made.set_arg_description(argument);
     made.set_description(description);
     return made;
   };
   group.add_entry(entry("app-id", "ID", "The game's identifier with the ad service"), options.appID);
-  group.add_entry(entry("placement", "ID", "Where in the game the video is shown"), options.placement);
+  group.add_entry(entry("placement", "ID", "Where in the game the video is shown"), options.videoPlacement);
+  group.add_entry(entry("play-placement", "ID", "Where in the game another game is played"),
+                  options.playablePlacement);
   group.add_entry(entry("service-url", "URL", "Another ad service, for developers"), options.serviceURL);
   group.add_entry_filename(entry("certificate", "FILE", "A certificate to trust, for developers"),
                            options.certificate);
   group.add_entry_filename(entry("timeline", "FILE", "Note what happens in this file"), options.timeline);
+  group.add_entry(entry("device-menu", nullptr, "A menu to turn the device with, for developers"),
+                  options.hasDeviceMenu);
   Glib::OptionContext context;
   context.set_main_group(group);
   context.parse(argc, argv);
@@ -75,11 +82,14 @@ int play(const Options& options) {
     const auto host = startSDK(options);
     if (!host) return;
     status = EXIT_SUCCESS;
-    window = std::make_unique<GameWindow>(ads, timeline);
+    const GameWindow::Placements placements{options.videoPlacement, options.playablePlacement};
+    window = std::make_unique<GameWindow>(ads, placements, timeline);
     vantorium::gtk::attach(*host, *window);
+    addDeviceMenu(*app, host);
+    window->set_show_menubar(options.hasDeviceMenu);
     app->add_window(*window);
     window->present();
-    ads->start(options.appID, options.placement);
+    ads->start(options.appID, {placements.video, placements.playable});
   });
   app->run();
   Vantorium::shutdown();

@@ -11,7 +11,7 @@ import report
 import stage
 
 OUT = pathlib.Path("build/demo")
-STEP, ROUND = 30, 120  # seconds that one step and all of them may take when the demo plays by itself
+STEP, ROUND = 30, 180  # seconds that one step and all of them may take when the demo plays by itself
 
 
 def play_automatically(on_stage, deadline):
@@ -29,7 +29,7 @@ def play_automatically(on_stage, deadline):
 
 def play_by_hand(on_stage):
     service = on_stage.start_service()
-    game = on_stage.start_game()
+    game = on_stage.start_game("--device-menu")
     print("The game is yours. Close its window to end.", flush=True)
     game.wait()
     service.read_journal()

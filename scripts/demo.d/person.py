@@ -4,25 +4,28 @@ import os
 import subprocess
 import time
 
-from stage import HEIGHT, WIDTH, Failure
+from stage import HEIGHT, SCREEN, WIDTH, Failure
 
 REWARD = 50
 
 # What the buttons look like (blue, green, red); that is how they are found.
 WATCH_GOLD = (0x4D, 0xC9, 0xFF)
+PLAY_LAVENDER = (0xFF, 0xB6, 0xC9)
 GET_IT_RED = (0x3D, 0x43, 0xC8)
 STORE_BLUE = (0xD6, 0x57, 0x12)
 BUY_GREEN = (0x5C, 0x7A, 0x1F)
 MUTE = (34, 34)
+CLOSE_RIGHT_OF_GET_IT = 280  # in the playable's last panel
 NO_ICON = set()
 SAMPLING = 2  # every second pixel is enough to look at
 
 
 class Screen:
-    """The display: pictures of it, and the hands in front of it."""
+    """The display: pictures of the game's window, which fills its upper left, and the hands in front of it."""
 
     def __init__(self, display, folder):
         self.framebuffer = display.framebuffer
+        self.width, self.height = WIDTH, HEIGHT
         self.env = {**os.environ, "DISPLAY": display.number}
         self.folder = folder
 
@@ -38,18 +41,28 @@ class Screen:
 
     def look(self):
         """The screen as rows of pixels (blue, green, red); every second one in every second row."""
-        pixels = self.framebuffer.read_bytes()[-WIDTH * HEIGHT * 4:]  # they end the dump, four bytes each
-        rows = [pixels[row * WIDTH * 4:(row + 1) * WIDTH * 4] for row in range(0, HEIGHT, SAMPLING)]
+        line = SCREEN * 4
+        pixels = self.framebuffer.read_bytes()[-SCREEN * line:]  # they end the dump, four bytes each
+        rows = [pixels[row * line:row * line + self.width * 4] for row in range(0, self.height, SAMPLING)]
         step = 4 * SAMPLING
         return [list(zip(row[0::step], row[1::step], row[2::step])) for row in rows]
 
     def photograph(self, name):
-        self.run("convert", f"xwd:{self.framebuffer}", self.folder / f"{name}.png")
+        window = f"{self.width}x{self.height}+0+0"
+        self.run("convert", f"xwd:{self.framebuffer}", "-crop", window, "+repage", self.folder / f"{name}.png")
         print(f"  {self.folder}/{name}.png", flush=True)
 
     def focus(self, title):
         """What a window manager does for a new window."""
         self.run("xdotool", "search", "--sync", "--onlyvisible", "--name", title, "windowfocus")
+
+    def resize(self, width, height):
+        """What a desktop does that turns with its device."""
+        self.run("xdotool", "search", "--onlyvisible", "--name", "Little Bay", "windowsize", width, height)
+        self.width, self.height = width, height
+
+    def point_at(self, place):
+        self.run("xdotool", "mousemove", *place)
 
     def click(self, place):
         self.run("xdotool", "mousemove", *place, "click", "1")
@@ -85,62 +98,122 @@ def longest_run(row, colour, tolerance=18):
     return best[1], best[0]
 
 
-def play(screen, game, service, deadline):
-    """One round: watch a video for coins, click its end card, close the store sheet, spend the coins, leave."""
+class Person:
+    """Plays one round: watches a video for coins and clicks its end card, plays the playable, spends the coins."""
 
-    def until(what, condition):
-        return deadline.wait(what, condition, alive=game)
+    def __init__(self, screen, game, service, deadline):
+        self.screen, self.game, self.service, self.deadline = screen, game, service, deadline
 
-    def button(what, colour, width=100):
-        return until(f"the button \"{what}\" to be seen", lambda: screen.find(colour, width))
+    def until(self, what, condition):
+        return self.deadline.wait(what, condition, alive=self.game)
 
-    def counted(kind):
+    def button(self, what, colour, width=100):
+        return self.until(f"the button \"{what}\" to be seen", lambda: self.screen.find(colour, width))
+
+    def counted(self, kind, number):
         def has_counted():
-            service.read_journal()
-            return any(event["kind"] == kind for event in service.events)
-        until(f"the service to count the {kind}", has_counted)
+            self.service.read_journal()
+            return sum(event["kind"] == kind for event in self.service.events) >= number
+        self.until(f"the service to count the {kind}", has_counted)
 
-    def watch_button_enabled(after=0):
-        return until("a video to be ready", lambda: [
-            note for note in game.notes(what="video button", enabled="yes") if note["seconds"] > after])
+    def enabled(self, what, after=0):
+        return self.until(f"the {what} to be enabled", lambda: [
+            note for note in self.game.notes(what=what, enabled="yes") if note["seconds"] > after])
 
+    def covered_and_moving(self):
+        self.until("the game to be covered", lambda: not self.screen.find(WATCH_GOLD, 100))
+        first = self.screen.look()
+        self.until("the ad to move", lambda: self.screen.look() != first)
+
+    def paid(self, number):
+        closed = self.until("the ad to close", lambda: self.game.notes(what="showCampaign")[number - 1:])[0]
+        self.until("the coins to be paid", lambda: self.game.notes(what="coins", change=str(REWARD))[number - 1:])
+        return closed["seconds"] - 0.001
+
+    def spend(self, number):
+        self.screen.click(self.button("50 coins", BUY_GREEN, 60))
+        self.until("the purchase", lambda: self.game.notes(what="coins", change=str(-REWARD))[number - 1:])
+        self.until("the purchase to be seen", lambda: not self.screen.find(BUY_GREEN, 60))
+
+    def watch_the_video(self):
+        screen = self.screen
+        screen.focus("Little Bay")
+        self.enabled("video button")
+        self.enabled("play button")
+        watch = self.button("Watch a video", WATCH_GOLD)
+        screen.photograph("01-game")
+        screen.click(watch)
+        self.counted("impression", 1)
+        self.covered_and_moving()
+        time.sleep(1)  # watching it: the ring in the picture is to have run down a little
+        screen.photograph("02-video")
+        sound_on = screen.icon(MUTE)
+        screen.click(MUTE)
+        self.until("the mute control to look muted", lambda: screen.icon(MUTE) not in (sound_on, NO_ICON))
+        screen.photograph("03-muted")
+
+    def click_its_end_card(self):
+        screen = self.screen
+        self.counted("finished", 1)
+        get_it = self.button("Get it", GET_IT_RED, 120)
+        screen.photograph("04-end-card")
+        screen.click(get_it)
+        self.counted("click", 1)
+        open_store = self.button("Open store page", STORE_BLUE)
+        screen.photograph("05-store-sheet")
+        self.until("the advertiser to hear of it", lambda: self.service.was_asked_for("/track/"))
+        screen.click((open_store[0], open_store[1] + 62))  # "Not now", right below it
+        self.enabled("video button", after=self.paid(1))
+        self.button("Watch a video", WATCH_GOLD)
+        screen.photograph("06-coins-paid")
+        self.spend(1)
+        screen.photograph("07-new-sail")
+
+    def play_the_playable(self):
+        """It is made for landscape, so the upright window shows it turned; the desktop may turn as well."""
+        screen = self.screen
+        screen.click(self.button("Play for 50 coins", PLAY_LAVENDER))
+        self.counted("impression", 2)
+        self.covered_and_moving()
+        time.sleep(1)  # the countdown is to have run down a little
+        screen.photograph("08-playable-turned")
+        screen.press("ctrl+Left")
+        time.sleep(0.5)  # nothing but a picture tells that it was drawn
+        screen.photograph("09-playable-turned-over")
+        screen.press("ctrl+Right")
+        screen.press("ctrl+Right")
+        screen.resize(HEIGHT, WIDTH)
+        for step in range(8):  # steers a little, by mouse
+            screen.point_at((WIDTH + 40 * (step % 4), WIDTH // 2))
+            time.sleep(0.3)
+        screen.photograph("10-playable-upright")
+
+    def close_it(self):
+        screen = self.screen
+        self.counted("finished", 2)
+        x, y = self.button("Get it", GET_IT_RED)
+        time.sleep(1)  # a hand that was still steering presses nothing in the panel's first moment
+        screen.photograph("11-playable-closable")
+        screen.resize(WIDTH, HEIGHT)
+        time.sleep(0.5)
+        screen.photograph("12-playable-closable-turned")
+        screen.click((y, HEIGHT - (x + CLOSE_RIGHT_OF_GET_IT)))  # where "Close" is to be seen now
+        self.enabled("play button", after=self.paid(2))
+        self.button("Play for 50 coins", PLAY_LAVENDER)
+        screen.photograph("13-coins-paid-again")
+        self.spend(2)
+        screen.photograph("14-lighthouse")
+
+    def leave(self):
+        self.screen.press("ctrl+q")
+        self.deadline.wait("the game to end", lambda: self.game.exit_code is not None)
+
+
+def play(screen, game, service, deadline):
+    person = Person(screen, game, service, deadline)
     print("Playing:", flush=True)
-    screen.focus("Little Bay")
-    watch_button_enabled()
-    watch = button("Watch a video", WATCH_GOLD)
-    screen.photograph("01-game")
-
-    screen.click(watch)
-    counted("impression")
-    until("the game to be covered", lambda: not screen.find(WATCH_GOLD, 100))
-    first = screen.look()
-    until("the video to move", lambda: screen.look() != first)
-    time.sleep(1)  # watching it: the ring in the picture is to have run down a little
-    screen.photograph("02-video")
-    sound_on = screen.icon(MUTE)
-    screen.click(MUTE)
-    until("the mute control to look muted", lambda: screen.icon(MUTE) not in (sound_on, NO_ICON))
-    screen.photograph("03-muted")
-
-    counted("finished")
-    get_it = button("Get it", GET_IT_RED, 120)
-    screen.photograph("04-end-card")
-    screen.click(get_it)
-    counted("click")
-    open_store = button("Open store page", STORE_BLUE)
-    screen.photograph("05-store-sheet")
-    until("the advertiser to hear of it", lambda: service.was_asked_for("/track/"))
-    screen.click((open_store[0], open_store[1] + 62))  # "Not now", right below it
-
-    closed = until("the ad to close", lambda: game.notes(what="showCampaign"))[0]
-    until("the coins to be paid", lambda: game.notes(what="coins", change=str(REWARD)))
-    watch_button_enabled(after=closed["seconds"] - 0.001)
-    button("Watch a video", WATCH_GOLD)
-    screen.photograph("06-coins-paid")
-
-    screen.click(button("50 coins", BUY_GREEN, 60))
-    until("the purchase", lambda: game.notes(what="coins", change=str(-REWARD)))
-    until("the new sail", lambda: not screen.find(BUY_GREEN, 60))
-    screen.photograph("07-new-sail")
-    screen.press("ctrl+q")
-    deadline.wait("the game to end", lambda: game.exit_code is not None)
+    person.watch_the_video()
+    person.click_its_end_card()
+    person.play_the_playable()
+    person.close_it()
+    person.leave()

@@ -56,12 +56,13 @@ def checks(game, service, service_exit_code, reward):
     closed = game.notes(who="completion", what="showCampaign")
     broken = [text for request in service.requests for text in request["violations"]]
     return [
-        ("the delegate heard of one reward", len(rewards) == 1),
-        (f"{reward} coins were paid, once", len(paid) == 1),
-        ("the ad completed once, with success", len(closed) == 1 and closed[0]["success"] == "yes"),
+        ("the delegate heard of two rewards", len(rewards) == 2),
+        (f"{reward} coins were paid, twice", len(paid) == 2),
+        ("both ads completed once, with success", [note["success"] for note in closed] == ["yes", "yes"]),
         ("the delegate heard of one click", len(game.notes(who="delegate", what="didReceiveClick")) == 1),
-        *((f"the service counted one {kind}", counts[kind] == 1) for kind in ("impression", "finished", "click")),
-        ("all of them for the one campaign shown", len(shown) == 1),
+        *((f"the service counted {number} {kind}", counts[kind] == number)
+          for kind, number in {"impression": 2, "finished": 2, "click": 1}.items()),
+        ("all of them for the two campaigns shown", len(shown) == 2),
         (f"no request broke a rule of the service {broken or ''}", not broken),
         (f"the game ended well (exit code {game.exit_code})", game.exit_code == 0),
         (f"the service ended well (exit code {service_exit_code})", service_exit_code == 0),

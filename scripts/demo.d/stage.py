@@ -10,7 +10,8 @@ import tempfile
 import time
 import urllib.request
 
-WIDTH, HEIGHT = 390, 844
+WIDTH, HEIGHT = 390, 844  # the game's window, as it opens
+SCREEN = max(WIDTH, HEIGHT)  # either side of the virtual display, so that the window can be turned
 LOOPBACK = urllib.request.build_opener(urllib.request.ProxyHandler({}))
 
 
@@ -74,12 +75,12 @@ class Process:
 
 
 class Display(Process):
-    """A virtual display exactly as large as the game's window, with the first free number."""
+    """A virtual display with the first free number."""
 
     def __init__(self, log, folder):
         self.pipe, write = os.pipe()
         self.framebuffer = folder / "Xvfb_screen0"  # what is on screen, as a window dump
-        command = ["Xvfb", "-displayfd", str(write), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-fbdir", folder]
+        command = ["Xvfb", "-displayfd", str(write), "-screen", "0", f"{SCREEN}x{SCREEN}x24", "-fbdir", folder]
         super().__init__("display", [*command, "-nocursor", "-nolisten", "tcp"], log, pass_fds=[write])
         os.close(write)
 
@@ -120,10 +121,10 @@ class Service(Process):
 class Game(Process):
     """The coin game, which notes in its timeline what it hears and does."""
 
-    def __init__(self, program, log, timeline, service_url, env):
+    def __init__(self, program, log, timeline, service_url, env, *options):
         self.timeline_file = timeline
         timeline.unlink(missing_ok=True)
-        command = [program, "--service-url", service_url, "--timeline", timeline]
+        command = [program, "--service-url", service_url, "--timeline", timeline, *options]
         if shutil.which("dbus-run-session") and "DBUS_SESSION_BUS_ADDRESS" not in env:
             command = ["dbus-run-session", "--", *command]
         super().__init__("game", command, log, env)
@@ -174,10 +175,10 @@ class Stage:
     def stop_service(self):
         return self.service.stop()
 
-    def start_game(self):
+    def start_game(self, *options):
         program = self.build / "examples/coin_game/coin_game"
         self.game = self.start(Game(program, self.out / "game.log", self.out / "timeline.jsonl", self.service.url,
-                                    self.environment()))
+                                    self.environment(), *options))
         return self.game
 
     def start(self, process):
