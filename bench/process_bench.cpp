@@ -1,12 +1,17 @@
 // Measures one thing of a whole process and prints it as JSON; bench/run puts it beside its peers.
 //
 //   vantorium_bench_process precache URL...         seconds until all are on disk, growth of peak memory
+//   vantorium_bench_process unzip ARCHIVE FOLDER    seconds until all is unpacked, growth of resident memory
+//   vantorium_bench_process playable URL...         the longest that the main queue was held, and seconds
+//   until
+//                                                   the archives were fetched and unpacked
 //   vantorium_bench_process idle BASE-URL SECONDS   voluntary context switches of an SDK that has nothing to
 //   do
 
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <future>
@@ -15,7 +20,9 @@
 #include <thread>
 #include <vector>
 
+#include "archive/zip.hpp"
 #include "bench_world.hpp"
+#include "precache/campaign_controller.hpp"
 
 namespace vantorium::bench {
 namespace {
@@ -53,6 +60,78 @@ int precache(const std::vector<std::string>& urls) {
   return success ? 0 : 1;
 }
 
+int unzip(const std::string& archive, const std::string& folder) {
+  resetPeakMemory();
+  const long before = statusNumber("/proc/self/status", "VmHWM");
+  const auto start = std::chrono::steady_clock::now();
+  const auto error = Zip::unzipFile(archive, folder, true);
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+  const long growth = statusNumber("/proc/self/status", "VmHWM") - before;
+  fmt::print("{}\n",
+             nlohmann::json{{"success", !error}, {"seconds", taken.count()}, {"growth_kb", growth}}.dump());
+  return error ? 1 : 0;
+}
+
+/// A main queue that knows how long its longest piece of work took.
+class TimedQueue : public DispatchQueue {
+ public:
+  explicit TimedQueue(std::shared_ptr<DispatchQueue> loop) : loop_(std::move(loop)) {}
+
+  void async(std::function<void()> work) override {
+    loop_->async([this, work = std::move(work)] {
+      const auto start = std::chrono::steady_clock::now();
+      work();
+      longest = std::max<std::chrono::duration<double>>(longest, std::chrono::steady_clock::now() - start);
+      ++pieces;
+    });
+  }
+
+  std::chrono::duration<double> longest{0};
+  int pieces = 0;
+
+ private:
+  const std::shared_ptr<DispatchQueue> loop_;
+};
+
+class TimedHost : public headless::Host {
+ public:
+  using headless::Host::Host;
+  std::shared_ptr<DispatchQueue> mainQueue() override { return timedQueue; }
+
+  const std::shared_ptr<TimedQueue> timedQueue = std::make_shared<TimedQueue>(headless::Host::mainQueue());
+};
+
+int playable(const std::vector<std::string>& urls) {
+  const Home home;
+  headless::Host::Options options;
+  options.home = home.path();
+  options.clock = headless::ClockKind::realTime;
+  const auto host = std::make_shared<TimedHost>(options);
+  const auto client = std::make_shared<Client>(std::make_shared<SdkContext>(host));
+  const auto start = std::chrono::steady_clock::now();
+  std::vector<std::shared_ptr<CampaignController>> controllers;
+  std::size_t succeeded = 0;
+  std::size_t ended = 0;
+  for (const std::string& url : urls) {
+    const nlohmann::json campaign{{"type", "playable"}, {"zippedUrl", url}, {"tag", "<p>Hello</p>"}};
+    controllers.push_back(
+        std::make_shared<CampaignController>(std::make_shared<Campaign>(campaign), client, "bench"));
+    controllers.back()->precache(nullptr, [&](bool success, auto&&) {
+      succeeded += success ? 1 : 0;
+      ++ended;
+    });
+  }
+  host->loop().runUntil([&] { return ended == urls.size(); }, Seconds{120});
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+  fmt::print("{}\n", nlohmann::json{{"success", succeeded == urls.size()},
+                                    {"seconds", taken.count()},
+                                    {"longest_ms", host->timedQueue->longest.count() * 1000},
+                                    {"pieces", host->timedQueue->pieces}}
+                         .dump());
+  client->shutdown();
+  return succeeded == urls.size() ? 0 : 1;
+}
+
 /// Of every thread but the calling one, which is the one that measures.
 long otherThreadsSwitches() {
   long sum = 0;
@@ -84,8 +163,13 @@ int idle(const std::string& baseURL, double seconds) {
 int run(const std::vector<std::string>& arguments) {
   if (arguments.size() > 2 && arguments[1] == "precache")
     return precache({arguments.begin() + 2, arguments.end()});
+  if (arguments.size() == 4 && arguments[1] == "unzip") return unzip(arguments[2], arguments[3]);
+  if (arguments.size() > 2 && arguments[1] == "playable")
+    return playable({arguments.begin() + 2, arguments.end()});
   if (arguments.size() == 4 && arguments[1] == "idle") return idle(arguments[2], std::stod(arguments[3]));
-  fmt::print(stderr, "usage: vantorium_bench_process precache URL... | idle BASE-URL SECONDS\n");
+  fmt::print(stderr,
+             "usage: vantorium_bench_process precache URL... | unzip ARCHIVE FOLDER | playable URL... | idle "
+             "BASE-URL SECONDS\n");
   return 2;
 }
 

@@ -46,28 +46,32 @@ std::size_t ArchiveSource::fill(Window& window) {
   return count < 0 ? 0 : static_cast<std::size_t>(count);
 }
 
-const ArchiveSource::Window* ArchiveSource::windowAt(std::uint64_t position) {
-  for (const Window& window : windows_) {
-    if (position >= window.start && position - window.start < window.size) return &window;
-  }
-  // The one that is nearer moves on; so one stays with the table of contents.
+// The one that is nearer moves on; so one stays with the table of contents.
+ArchiveSource::Window& ArchiveSource::nearest(std::uint64_t position) {
   const bool first = distance(position, windows_[0].start) < distance(position, windows_[1].start);
-  Window& window = windows_[first ? 0 : 1];
-  window.start = position;
-  window.size = fill(window);
-  return window.size == 0 ? nullptr : &window;
+  return windows_[first ? 0 : 1];
+}
+
+std::string_view ArchiveSource::view(std::uint64_t position) {
+  const auto holds = [position](const Window& window) {
+    return position >= window.start && position - window.start < window.size;
+  };
+  const auto found = std::ranges::find_if(windows_, holds);
+  Window& window = found != windows_.end() ? *found : nearest(position);
+  if (found == windows_.end()) {
+    window.start = position;
+    window.size = position < size_ ? fill(window) : 0;
+  }
+  return std::string_view(window.bytes.data(), window.size).substr(position - window.start);
 }
 
 std::size_t ArchiveSource::read(std::uint64_t position, std::span<char> bytes) {
   std::size_t done = 0;
-  while (done < bytes.size() && position < size_) {
-    const Window* const window = windowAt(position);
-    if (window == nullptr) break;
-    const std::size_t from = position - window->start;
-    const std::size_t count = std::min(bytes.size() - done, window->size - from);
-    std::memcpy(bytes.data() + done, window->bytes.data() + from, count);
-    done += count;
-    position += count;
+  while (done < bytes.size()) {
+    const std::string_view some = view(position + done).substr(0, bytes.size() - done);
+    if (some.empty()) break;
+    std::memcpy(bytes.data() + done, some.data(), some.size());
+    done += some.size();
   }
   return done;
 }

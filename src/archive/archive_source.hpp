@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <span>
+#include <string_view>
 
 #include "platform/foundation/file_descriptor.hpp"
 
@@ -29,6 +30,9 @@ class ArchiveSource {
     return device == device_ && inode == inode_;
   }
 
+  /// The next bytes from `position` on, as many as are at hand: none when the file ends or cannot be read.
+  /// They stay until the next call.
+  std::string_view view(std::uint64_t position);
   /// Copies bytes from `position` on; fewer than asked for when the file ends or cannot be read.
   std::size_t read(std::uint64_t position, std::span<char> bytes);
 
@@ -39,7 +43,7 @@ class ArchiveSource {
   struct Window {
     std::uint64_t start = 0;
     std::size_t size = 0;
-    std::array<char, 32768> bytes;
+    std::array<char, 131072> bytes;
   };
 
   static voidpf openFile(voidpf self, const void* name, int mode);
@@ -51,7 +55,7 @@ class ArchiveSource {
   static int fileError(voidpf self, voidpf stream);
 
   std::size_t fill(Window& window);
-  const Window* windowAt(std::uint64_t position);
+  Window& nearest(std::uint64_t position);
 
   FileDescriptor file_;
   int error_ = 0;

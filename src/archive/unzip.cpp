@@ -7,7 +7,6 @@
 #include <memory>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 #include "archive/archive_source.hpp"
 #include "archive/confined_folder.hpp"
@@ -22,8 +21,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Past this, larger pieces save no more system calls worth the memory.
-constexpr std::size_t bufferBytes = 65536;
 constexpr mode_t permissionBits = 0777;
 constexpr mode_t ownerMayRead = 0400;
 constexpr mode_t ownerMayAll = 0700;
@@ -83,7 +80,6 @@ class Unzipping {
   ConfinedFolder folder_;
   EntryPath path_;  ///< of the entry at hand
   std::uint64_t total_ = 0;
-  std::vector<char> buffer_ = std::vector<char>(bufferBytes);
 };
 
 Failure Unzipping::run(const Zip::Progress& progress, const Zip::FileOutputHandler& fileOutputHandler) {
@@ -166,16 +162,16 @@ Failure Unzipping::makeFile(const ZipEntry& entry) {
 
 Failure Unzipping::copy(const ZipEntry& entry, const ConfinedFile& file) {
   std::uint64_t written = 0;
-  long count = 0;
-  while (written <= entry.bytes && (count = reader_.read(buffer_)) > 0) {
-    const auto bytes = static_cast<std::size_t>(count);
-    total_ += bytes;
+  auto bytes = reader_.read();
+  while (bytes && !bytes->empty() && written <= entry.bytes) {
+    total_ += bytes->size();
     if (auto failure = checkTotal(entry)) return failure;
-    if (const int code = file.append({buffer_.data(), bytes}); code != 0)
+    if (const int code = file.append(*bytes); code != 0)
       return fail(entry, fmt::format("cannot be written: {}", reason(code)));
-    written += bytes;
+    written += bytes->size();
+    bytes = reader_.read();
   }
-  if (count < 0)
+  if (!bytes)
     return fail(entry, entry.isEncrypted ? "is damaged, or the password is wrong" : "is damaged or cut off");
   return close(entry, written);
 }

@@ -1,6 +1,7 @@
 #include "archive/zip_reader.hpp"
 
 #include <algorithm>
+#include <array>
 
 namespace vantorium {
 
@@ -95,45 +96,62 @@ const char* ZipReader::openEntry(const ZipEntry& entry, const std::optional<std:
   cipher_.reset();
   if (!entry.isEncrypted) return nullptr;
   if (!password) return "is encrypted: a password is needed";
-  std::array<char, TraditionalCipher::headerBytes> header{};
   cipher_.emplace(*password);
-  if (readStored(header) != static_cast<long>(header.size())) return "is cut off";
-  return static_cast<unsigned char>(header.back()) == entry.passwordCheck ? nullptr
-                                                                          : "needs another password";
+  return readCipherHeader(entry);
 }
 
-long ZipReader::readStored(std::span<char> bytes) {
-  const auto wanted = bytes.first(std::min<std::uint64_t>(bytes.size(), rest_));
-  if (source_.read(position_, wanted) < wanted.size()) return -1;
-  position_ += wanted.size();
-  rest_ -= wanted.size();
-  if (cipher_) cipher_->decrypt(wanted);
-  return static_cast<long>(wanted.size());
+const char* ZipReader::readCipherHeader(const ZipEntry& entry) {
+  std::array<char, TraditionalCipher::headerBytes> header{};
+  if (rest_ < header.size() || source_.read(position_, header) < header.size()) return "is cut off";
+  position_ += header.size();
+  rest_ -= header.size();
+  cipher_->decrypt(header);
+  const auto check = static_cast<unsigned char>(header.back());
+  return check == entry.passwordCheck ? nullptr : "needs another password";
 }
 
-long ZipReader::readDeflated(std::span<char> bytes) {
-  stream_.next_out = reinterpret_cast<Bytef*>(bytes.data());
-  stream_.avail_out = static_cast<uInt>(bytes.size());
+/// The next stored bytes, decrypted; empty when there are no more, or no more in the file.
+std::string_view ZipReader::readStored() {
+  if (rest_ == 0) return {};
+  std::string_view bytes = source_.view(position_);
+  bytes = bytes.substr(0, std::min<std::uint64_t>(bytes.size(), rest_));
+  position_ += bytes.size();
+  rest_ -= bytes.size();
+  if (!cipher_) return bytes;
+  decrypted_.assign(bytes.begin(), bytes.end());
+  cipher_->decrypt(decrypted_);
+  return {decrypted_.data(), decrypted_.size()};
+}
+
+std::optional<std::string_view> ZipReader::readDeflated() {
+  stream_.next_out = reinterpret_cast<Bytef*>(inflated_.data());
+  stream_.avail_out = static_cast<uInt>(inflated_.size());
   while (!hasEnded_ && stream_.avail_out > 0) {
     if (stream_.avail_in == 0) {
-      const long count = readStored(stored_);
-      if (count <= 0) return -1;
-      stream_.next_in = reinterpret_cast<Bytef*>(stored_.data());
-      stream_.avail_in = static_cast<uInt>(count);
+      const std::string_view bytes = readStored();
+      if (bytes.empty()) return std::nullopt;
+      stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+      stream_.avail_in = static_cast<uInt>(bytes.size());
     }
     const int code = inflate(&stream_, Z_NO_FLUSH);
     hasEnded_ = code == Z_STREAM_END;
-    if (!hasEnded_ && code != Z_OK) return -1;
+    if (!hasEnded_ && code != Z_OK) return std::nullopt;
   }
-  return static_cast<long>(bytes.size() - stream_.avail_out);
+  return std::string_view(inflated_.data(), inflated_.size() - stream_.avail_out);
 }
 
-long ZipReader::read(std::span<char> bytes) {
-  const long count = isDeflated_ ? readDeflated(bytes) : readStored(bytes);
-  if (count > 0)
+std::optional<std::string_view> ZipReader::read() {
+  std::optional<std::string_view> bytes;
+  if (isDeflated_) {
+    bytes = readDeflated();
+  } else if (bytes = readStored(); bytes->empty() && rest_ > 0) {
+    return std::nullopt;
+  }
+  if (bytes) {
     checksum_ = static_cast<std::uint32_t>(
-        crc32(checksum_, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(count)));
-  return count;
+        crc32(checksum_, reinterpret_cast<const Bytef*>(bytes->data()), static_cast<uInt>(bytes->size())));
+  }
+  return bytes;
 }
 
 void ZipReader::closeEntry() { unzCloseCurrentFile(file_); }

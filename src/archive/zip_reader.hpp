@@ -3,12 +3,12 @@
 #include <minizip/unzip.h>
 #include <zlib.h>
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "archive/archive_source.hpp"
 #include "archive/traditional_cipher.hpp"
@@ -48,15 +48,17 @@ class ZipReader {
 
   /// Opens the entry at hand for reading. Returns null, or what is wrong with it.
   const char* openEntry(const ZipEntry& entry, const std::optional<std::string>& password);
-  /// The next bytes of the open entry: their number, 0 at its end, negative when it is damaged.
-  long read(std::span<char> bytes);
+  /// The next bytes of the open entry, empty at its end; none when it is damaged. They stay until the next
+  /// call.
+  std::optional<std::string_view> read();
   /// Of all that was read of the entry.
   std::uint32_t checksum() const { return checksum_; }
   void closeEntry();
 
  private:
-  long readStored(std::span<char> bytes);
-  long readDeflated(std::span<char> bytes);
+  const char* readCipherHeader(const ZipEntry& entry);
+  std::string_view readStored();
+  std::optional<std::string_view> readDeflated();
 
   ArchiveSource& source_;
   unzFile file_;
@@ -67,7 +69,9 @@ class ZipReader {
   std::uint64_t rest_ = 0;      ///< stored bytes that were not yet read
   std::uint32_t checksum_ = 0;
   std::optional<TraditionalCipher> cipher_;
-  std::array<char, 16384> stored_;
+  std::vector<char> decrypted_;
+  // Large: whenever zlib returns, it copies the last 32 KiB aside.
+  std::vector<char> inflated_ = std::vector<char>(262144);
 };
 
 }  // namespace vantorium
