@@ -147,7 +147,7 @@ std::optional<std::string_view> ZipReader::read() {
   } else if (bytes = readStored(); bytes->empty() && rest_ > 0) {
     return std::nullopt;
   }
-  if (bytes) {
+  if (bytes && !bytes->empty()) {  // zlib starts anew for no bytes
     checksum_ = static_cast<std::uint32_t>(
         crc32(checksum_, reinterpret_cast<const Bytef*>(bytes->data()), static_cast<uInt>(bytes->size())));
   }
