@@ -124,6 +124,8 @@ Gtk::Widget* ViewNode::preferredFocus() {
 
 template <typename T>
 Gtk::Widget* ViewNode::frontmost() {
+  // clang 14 cannot read the reversed view of libstdc++ 12.
+  // NOLINTNEXTLINE(modernize-loop-convert)
   for (auto subview = subviews_.rbegin(); subview != subviews_.rend(); ++subview) {
     if (!(*subview)->widget().get_child_visible()) continue;
     if (Gtk::Widget* const found = (*subview)->frontmost<T>()) return found;

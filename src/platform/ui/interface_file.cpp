@@ -41,7 +41,7 @@ class Loader {
   explicit Loader(const InterfaceConnections& connections) : connections_(connections) {}
 
   std::shared_ptr<View> build(const json& description) {
-    const std::shared_ptr<View> view = make(description.value("class", "View"));
+    std::shared_ptr<View> view = make(description.value("class", "View"));
     applyAppearance(*view, description);
     if (auto* const label = dynamic_cast<Label*>(view.get())) applyText(*label, description);
     if (auto* const button = dynamic_cast<Button*>(view.get())) applyButton(*button, description);

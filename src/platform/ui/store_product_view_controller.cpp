@@ -46,7 +46,7 @@ bool StoreProductViewController::handleBack() {
 
 std::shared_ptr<View> StoreProductViewController::loadView() {
   InterfaceConnections connections;
-  connections.outlets["productNameLabel"] = [this](std::shared_ptr<View> view) {
+  connections.outlets["productNameLabel"] = [this](const std::shared_ptr<View>& view) {
     nameLabel_ = std::static_pointer_cast<Label>(view);
   };
   connections.actions["open"] = [this] { openStorePage(); };

@@ -26,7 +26,7 @@ std::shared_ptr<View> ViewController::loadView() {
   return std::make_shared<View>(application_.screenBounds());
 }
 
-void ViewController::present(std::shared_ptr<ViewController> screen, bool animated) {
+void ViewController::present(const std::shared_ptr<ViewController>& screen, bool animated) {
   Window* const window = view().window();
   if (!screen || presented_ || screen->presenting_ != nullptr || window == nullptr) return;
   presented_ = screen;

@@ -29,7 +29,7 @@ class ViewController : public std::enable_shared_from_this<ViewController> {
 
   /// Shows `screen` over this one, which must be in a window and present nothing else; otherwise nothing
   /// happens.
-  void present(std::shared_ptr<ViewController> screen, bool animated);
+  void present(const std::shared_ptr<ViewController>& screen, bool animated);
   /// Takes this screen, and all it presents, off the window. Nothing happens when it is not presented.
   void dismiss(bool animated);
 
