@@ -182,6 +182,7 @@ TEST_F(ZipTest, BecomesAnErrorOfTheSDK) {
 TEST_F(ZipTest, RunsOnSeveralThreadsAtATime) {
   ASSERT_FALSE(zip());
   std::vector<std::jthread> threads;
+  threads.reserve(4);
   for (int number = 0; number < 4; ++number) {
     threads.emplace_back([this, number] {
       Zip::addCustomFileExtension(std::to_string(number));
