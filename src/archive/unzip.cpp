@@ -35,6 +35,7 @@ bool isSpecial(const ZipEntry& entry) {
 
 std::string reason(int code) {
   if (code == ETXTBSY) return "it would replace the archive itself";
+  if (code == ENOTDIR || code == ELOOP) return "a file or a symbolic link stands where a folder is needed";
   if (code == ENOSPC || code == EDQUOT || code == EFBIG)
     return std::generic_category().message(code) + "; free some space and try again";
   return std::generic_category().message(code);

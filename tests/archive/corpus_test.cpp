@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "archive/archive_cage.hpp"
 #include "archive/zip.hpp"
@@ -104,8 +105,7 @@ std::string ArchiveCorpus::check(const nlohmann::json& rules) {
   checkFiles(rules);
 
   std::string happened = error ? error->description() + (" " + error->detail()) : "Extracted.";
-  if (const auto at = happened.find(cage_.path()); at != std::string::npos)
-    happened.replace(at, cage_.path().string().size(), "/absolute");
+  happened = std::regex_replace(happened, std::regex(R"([/\\]tmp[/\\]vantorium-\w+)"), "/absolute");
   return fmt::format("| {} | {} | {} | {} |\n", name, rules["tries"].get<std::string>(), happened,
                      cage_.bytesOutside());
 }

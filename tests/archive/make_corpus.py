@@ -224,7 +224,7 @@ def links(corpus):
         corpus.add(name, f"a {name}", build(Entry("a.txt", attributes=(kind | 0o644) << 16)), files={"a.txt": None})
     corpus.add("link-on-disk", "a file through a symbolic link that stands on disk", build(Entry("link/evil.txt")),
                files=outside, place={"link": "l:../outside"})
-    corpus.add("deep-link-on-disk", "the same, a folder deeper", build(Entry("a/"), Entry("a/link/b/evil.txt")),
+    corpus.add("deep-link-on-disk", "the same, a folder deeper", build(Entry("a/", b"", method=0), Entry("a/link/b/evil.txt")),
                place={"a": "d", "a/link": "l:../../outside"})
     corpus.good("link-as-file", "a file where a symbolic link to another stands", build(Entry("victim.txt")),
                 {"victim.txt": SHOWN}, place={"victim.txt": "l:../outside/victim.txt"})
