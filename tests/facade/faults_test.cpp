@@ -102,6 +102,13 @@ TEST_P(Faults, EndsInOneCompletionAndAWorkingClient) {
   EXPECT_EQ(world.sdk->isCampaignReady("rewarded-main"), video.starts_with("true"));
   EXPECT_FALSE(hasPartialFiles());
 
+  strike("/playable/");
+  world.sdk->precacheCampaigns("playable-rewarded", nullptr, world.noting("archive"));
+  const std::string archive = outcome("archive");
+  tell("archive", archive);
+  EXPECT_EQ(world.sdk->isCampaignReady("playable-rewarded"), archive.starts_with("true"));
+  EXPECT_FALSE(hasPartialFiles());
+
   strike("/api/canView");
   world.sdk->canView("rewarded-main", nullptr, world.noting("canView"));
   tell("canView", outcome("canView"));
