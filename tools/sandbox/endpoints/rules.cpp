@@ -10,7 +10,7 @@ namespace {
 
 void checkContentType(const Shape& shape, const Call& call, Violations& violations) {
   if (shape.contentType && call.header("Content-Type") != "application/json") {
-    violations.push_back(fmt::format("header Content-Type must be \"application/json\", is \"{}\"",
+    violations.push_back(fmt::format(R"(header Content-Type must be "application/json", is "{}")",
                                      call.header("Content-Type")));
   }
   if (!shape.contentType && call.has("Content-Type"))
@@ -42,7 +42,7 @@ void checkAuthorization(const Shape& shape, const Service& service, const Call& 
   } else if (!call.has("Authorization")) {
     violations.emplace_back("header Authorization is missing: \"Bearer \" and the token of the init answer");
   } else if (!value.starts_with(scheme)) {
-    violations.push_back(fmt::format("header Authorization must begin with \"Bearer \", is \"{}\"", value));
+    violations.push_back(fmt::format(R"(header Authorization must begin with "Bearer ", is "{}")", value));
   } else if (!service.ledger.knowsToken(value.substr(scheme.size()))) {
     violations.push_back(fmt::format("the token \"{}\" was not handed out by this service: call init first",
                                      value.substr(scheme.size())));
