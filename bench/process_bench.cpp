@@ -1,12 +1,9 @@
 // Measures one thing of a whole process and prints it as JSON; bench/run puts it beside its peers.
 //
-//   vantorium_bench_process precache URL...         seconds until all are on disk, growth of peak memory
-//   vantorium_bench_process unzip ARCHIVE FOLDER    seconds until all is unpacked, growth of resident memory
-//   vantorium_bench_process playable URL...         the longest that the main queue was held, and seconds
-//   until
-//                                                   the archives were fetched and unpacked
-//   vantorium_bench_process idle BASE-URL SECONDS   voluntary context switches of an SDK that has nothing to
-//   do
+//   precache URL...         seconds until all are on disk, growth of peak memory
+//   unzip ARCHIVE FOLDER    seconds until all is unpacked, growth of resident memory
+//   playable URL...         the longest that the main queue was held while archives were fetched and unpacked
+//   idle BASE-URL SECONDS   voluntary context switches of an SDK that has nothing to do
 
 #include <fmt/format.h>
 #include <unistd.h>

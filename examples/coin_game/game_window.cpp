@@ -90,7 +90,7 @@ Gtk::Widget& GameWindow::buildPanel() {
 
   watch_.set_label("Watch a video for 50 coins");
   watch_.add_css_class("watch");
-  play_.set_label("Play for 50 coins");
+  play_.set_label("Play for coins");
   play_.add_css_class("play");
   setUpLabel(status_, "quiet", Gtk::Align::CENTER);
   retry_.set_label("Try again");

@@ -67,8 +67,13 @@ std::shared_ptr<ui::ViewController> DesktopApplication::rootViewController() {
   return stage != nullptr ? stage->root() : nullptr;
 }
 
+const Stage* DesktopApplication::screenStage() const {
+  const Stage* const showing = stageWithAd();
+  return showing != nullptr ? showing : keyStage();
+}
+
 ui::Rect DesktopApplication::screenBounds() const {
-  const Stage* const stage = stageWithAd() != nullptr ? stageWithAd() : keyStage();
+  const Stage* const stage = screenStage();
   return stage != nullptr ? stage->bounds() : ui::Rect{};
 }
 
@@ -81,15 +86,14 @@ ui::InterfaceOrientation DesktopApplication::interfaceOrientation() const {
   return isWide() ? ui::InterfaceOrientation::landscapeLeft : ui::InterfaceOrientation::portrait;
 }
 
-// Where the sensor says that the device is held in its natural way, or in a way that has the window's shape
-// because the desktop turned with it, the user sees the window upright.
 ui::DeviceOrientation DesktopApplication::deviceOrientation() const {
   const ui::DeviceOrientation reading = sensor_.orientation();
-  if (sensor_.isHeld() || reading == ui::DeviceOrientation::unknown) return reading;
-  const bool isLandscape =
-      reading == ui::DeviceOrientation::landscapeLeft || reading == ui::DeviceOrientation::landscapeRight;
-  if (reading != ui::DeviceOrientation::portrait && isLandscape != isWide()) return reading;
-  return isWide() ? ui::DeviceOrientation::landscapeRight : ui::DeviceOrientation::portrait;
+  if (sensor_.isHeld()) return reading;
+  const bool isMonitorWide = screenStage() != nullptr && screenStage()->isMonitorWide();
+  if (reading == ui::DeviceOrientation::portrait) isNaturalMonitorWide_ = isMonitorWide;
+  // Unknown until the device was seen in its natural way; desktops turn unless their user locked them.
+  const bool isTurned = isNaturalMonitorWide_ ? isMonitorWide != *isNaturalMonitorWide_ : true;
+  return heldAgainstWindow(reading, isTurned, isWide());
 }
 
 void DesktopApplication::didPresent(ui::ViewController&, bool) { sensor_.setClaimed(true); }

@@ -3,6 +3,7 @@
 #include <gtkmm.h>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "hosts/gtk/image_loader.hpp"
@@ -38,6 +39,8 @@ class DesktopApplication final : public ui::Application {
   bool isWide() const;
   Stage* keyStage() const;
   Stage* stageWithAd() const;
+  /// Where an ad is shown, or would be; null without a window.
+  const Stage* screenStage() const;
   void closed(Stage& stage);
   void updateForeground();
 
@@ -46,6 +49,8 @@ class DesktopApplication final : public ui::Application {
   std::shared_ptr<ImageLoader> images_ = std::make_shared<ImageLoader>();
   std::vector<std::unique_ptr<Stage>> stages_;  ///< in the order in which they were attached
   OrientationSensor sensor_;
+  /// The monitor's shape while the device was held in its natural way.
+  mutable std::optional<bool> isNaturalMonitorWide_;
   bool isInForeground_ = false;
 };
 

@@ -1,5 +1,8 @@
 #include "hosts/gtk/orientation_sensor.hpp"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <utility>
 
 namespace vantorium::gtk {
@@ -16,6 +19,17 @@ ui::DeviceOrientation fromSensor(const Glib::ustring& edge) {
 }
 
 }  // namespace
+
+ui::DeviceOrientation heldAgainstWindow(ui::DeviceOrientation reading, bool isTurned, bool isWide) {
+  using enum ui::DeviceOrientation;
+  // A full turn to the left, from the way that is natural to the device.
+  constexpr std::array turn{portrait, landscapeLeft, portraitUpsideDown, landscapeRight};
+  const auto found = std::ranges::find(turn, reading);
+  if (found == turn.end()) return reading;
+  const auto steps = isTurned ? 0 : found - turn.begin();
+  const auto upright = isWide ? 3 : 0;  // what a wide and an upright window are to ads
+  return turn.at(static_cast<std::size_t>((upright + steps) % 4));
+}
 
 OrientationSensor::OrientationSensor(std::function<void()> changed)
     : changed_(std::move(changed)),

@@ -7,6 +7,10 @@
 
 namespace vantorium::gtk {
 
+/// How a device is held whose sensor says `reading`, told against a window that is `isWide` or not. A desktop
+/// turns its monitor with the sensor, if it does at all: `isTurned` says so, and the window is upright then.
+ui::DeviceOrientation heldAgainstWindow(ui::DeviceOrientation reading, bool isTurned, bool isWide);
+
 /// How the device is held, as iio-sensor-proxy tells; unknown where there is no such sensor. The sensor is
 /// used only while it is claimed. Main thread only.
 class OrientationSensor {

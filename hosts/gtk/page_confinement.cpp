@@ -15,12 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // WebKit compares the pattern with the URL as it is requested, percent-encoded.
-std::string folderURL(const std::string& folder) {
-  if (folder.empty()) return {};
-  std::string url = fileURL(folder);
-  if (url.back() != '/') url += '/';
-  return url;
-}
+std::string folderPattern(const std::string& folder) { return folder.empty() ? folder : folderURL(folder); }
 
 std::string escapedForPattern(std::string_view text) {
   constexpr std::string_view special = R"(.+*?()[]{}^$|\)";
@@ -79,7 +74,7 @@ bool isSelfContained(const fs::path& folder) {
 std::string confinementRules(const std::string& folder) {
   nlohmann::json rules = nlohmann::json::array();
   rules.push_back(rule("^[Ff][Ii][Ll][Ee]:", "block"));
-  if (const std::string url = folderURL(folder); !url.empty()) {
+  if (const std::string url = folderPattern(folder); !url.empty()) {
     rules.push_back(rule("^" + escapedForPattern(url), "ignore-previous-rules"));
     // An encoded slash is none to the URL parser, which leaves ".." before it alone, but is one to the file
     // system.
@@ -91,7 +86,7 @@ std::string confinementRules(const std::string& folder) {
 bool mayNavigate(const std::string& url, const std::string& folder) {
   if (g_ascii_strncasecmp(url.c_str(), "file:", 5) != 0) return true;
   const auto path = url.substr(0, url.find_first_of("?#"));
-  const std::string base = folderURL(folder);
+  const std::string base = folderPattern(folder);
   const bool hasEncodedSlash = path.find("%2F") != std::string::npos || path.find("%2f") != std::string::npos;
   return !base.empty() && !hasEncodedSlash && path.compare(0, base.size(), base) == 0;
 }

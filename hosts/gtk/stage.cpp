@@ -145,6 +145,16 @@ bool Stage::goBack() {
 }
 
 bool Stage::isVisible() const { return window_.get_visible(); }
+bool Stage::isMonitorWide() const {
+  const auto surface = window_.get_surface();
+  const auto monitor =
+      surface ? window_.get_display()->get_monitor_at_surface(surface) : Glib::RefPtr<Gdk::Monitor>();
+  if (!monitor) return false;
+  Gdk::Rectangle area;
+  monitor->get_geometry(area);
+  return area.get_width() > area.get_height();
+}
+
 bool Stage::isActive() const { return isVisible() && window_.is_active(); }
 
 bool Stage::isInForeground() const {

@@ -31,6 +31,8 @@ class Stage final : private ui::Renderer {
   std::shared_ptr<ui::ViewController> root() const { return root_; }
   bool hasAd() const { return root_->presentedViewController() != nullptr; }
   bool isVisible() const;
+  /// Whether the monitor that the window is on is wider than tall.
+  bool isMonitorWide() const;
   bool isActive() const;
   /// Neither hidden nor minimised.
   bool isInForeground() const;

@@ -14,8 +14,9 @@ class Host;
 /// The GTK 4 host: brings the SDK to an application written with gtkmm 4. Everything here is for the main
 /// thread.
 ///
-///     auto host = vantorium::gtk::makeHost({.applicationID = "org.example.Game", .applicationVersion =
-///     "1.2"}); vantorium::gtk::attach(*host, window); Vantorium::setHost(host);
+///     const auto host = vantorium::gtk::makeHost({.applicationID = "org.example.Game"});
+///     Vantorium::setHost(host);
+///     vantorium::gtk::attach(*host, window);
 namespace gtk {
 
 struct HostOptions {

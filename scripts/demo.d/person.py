@@ -172,7 +172,7 @@ class Person:
     def play_the_playable(self):
         """It is made for landscape, so the upright window shows it turned; the desktop may turn as well."""
         screen = self.screen
-        screen.click(self.button("Play for 50 coins", PLAY_LAVENDER))
+        screen.click(self.button("Play for coins", PLAY_LAVENDER))
         self.counted("impression", 2)
         self.covered_and_moving()
         time.sleep(1)  # the countdown is to have run down a little
@@ -199,7 +199,7 @@ class Person:
         screen.photograph("12-playable-closable-turned")
         screen.click((y, HEIGHT - (x + CLOSE_RIGHT_OF_GET_IT)))  # where "Close" is to be seen now
         self.enabled("play button", after=self.paid(2))
-        self.button("Play for 50 coins", PLAY_LAVENDER)
+        self.button("Play for coins", PLAY_LAVENDER)
         screen.photograph("13-coins-paid-again")
         self.spend(2)
         screen.photograph("14-lighthouse")

@@ -23,13 +23,6 @@ constexpr int newFileFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXE
 constexpr mode_t fileMode = 0666;  // less what the process's mask takes
 constexpr mode_t folderMode = 0777;
 
-FileDescriptor openFolder(int parent, const std::string& name) {
-  FileDescriptor folder(::openat(parent, name.c_str(), folderFlags));
-  if (folder.isOpen() || errno != ENOENT) return folder;
-  if (::mkdirat(parent, name.c_str(), folderMode) != 0 && errno != EEXIST) return folder;
-  return FileDescriptor(::openat(parent, name.c_str(), folderFlags));
-}
-
 /// Another one at each call, and not one that an archive could foresee and occupy for long.
 std::string temporaryName() {
   static std::atomic<unsigned> number{0};
@@ -77,6 +70,17 @@ ConfinedFolder::ConfinedFolder(const std::filesystem::path& path) {
   if (!root_.isOpen()) error_ = failure ? failure.value() : errno;
 }
 
+FileDescriptor ConfinedFolder::openOrMake(int parent, const std::string& name) {
+  FileDescriptor folder(::openat(parent, name.c_str(), folderFlags));
+  if (folder.isOpen() || errno != ENOENT) return folder;
+  if (::mkdirat(parent, name.c_str(), folderMode) == 0) {
+    ++foldersMade_;
+  } else if (errno != EEXIST) {
+    return folder;
+  }
+  return FileDescriptor(::openat(parent, name.c_str(), folderFlags));
+}
+
 bool ConfinedFolder::makeFolder(const std::string& folder) {
   error_ = 0;
   if (folder == folderPath_) return true;
@@ -87,7 +91,7 @@ bool ConfinedFolder::makeFolder(const std::string& folder) {
   for (std::string_view rest = folder; !rest.empty();) {
     const std::string part(rest.substr(0, rest.find('/')));
     rest.remove_prefix(std::min(part.size() + 1, rest.size()));
-    walk = openFolder(walk.isOpen() ? walk.get() : root_.get(), part);
+    walk = openOrMake(walk.isOpen() ? walk.get() : root_.get(), part);
     if (!walk.isOpen()) {
       error_ = errno;
       return false;

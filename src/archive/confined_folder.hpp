@@ -47,6 +47,8 @@ class ConfinedFolder {
   bool isOpen() const { return root_.isOpen(); }
   /// Why the last call could not do what it was asked for, an `errno` value, or 0.
   int error() const { return error_; }
+  /// How many folders were made so far.
+  std::uint64_t foldersMade() const { return foldersMade_; }
 
   /// Makes the folder and those above it, as far as they are not there. False when something else is.
   bool makeFolder(const std::string& folder);
@@ -60,6 +62,7 @@ class ConfinedFolder {
   ConfinedFile makeFile(const EntryPath& path, Existing existing, const ArchiveSource& source);
 
  private:
+  FileDescriptor openOrMake(int parent, const std::string& name);
   int current() const { return folder_.isOpen() ? folder_.get() : root_.get(); }
   bool mayReplace(const std::string& name, const ArchiveSource& source);
 
@@ -67,6 +70,7 @@ class ConfinedFolder {
   FileDescriptor folder_;   ///< the last one that was asked for; not open for the root
   std::string folderPath_;  ///< its path
   int error_ = 0;
+  std::uint64_t foldersMade_ = 0;
 };
 
 }  // namespace vantorium

@@ -45,11 +45,13 @@ std::string reason(int code) {
 class Unzipping {
  public:
   Unzipping(fs::path destination, bool overwrite, const std::optional<std::string>& password,
-            const ZipLimits& limits, const ArchiveSource& source, ZipReader& reader)
+            const ZipLimits& limits, const Zip::IsCancelled& isCancelled, const ArchiveSource& source,
+            ZipReader& reader)
       : destination_(std::move(destination)),
         existing_(overwrite ? ConfinedFolder::Existing::replace : ConfinedFolder::Existing::keep),
         password_(password),
         limits_(limits),
+        isCancelled_(isCancelled),
         source_(source),
         reader_(reader),
         folder_(destination_) {}
@@ -64,6 +66,8 @@ class Unzipping {
   Failure copy(const ZipEntry& entry, const ConfinedFile& file);
   Failure close(const ZipEntry& entry, std::uint64_t written);
   Failure checkTotal(const ZipEntry& entry) const;
+  Failure checkFolders(const ZipEntry& entry) const;
+  Failure unreadable(const ZipEntry& entry) const;
   template <typename Set>
   void setPermissions(const ZipEntry& entry, mode_t always, const Set& set);
 
@@ -76,6 +80,7 @@ class Unzipping {
   ConfinedFolder::Existing existing_;
   const std::optional<std::string>& password_;
   const ZipLimits& limits_;
+  const Zip::IsCancelled& isCancelled_;
   const ArchiveSource& source_;
   ZipReader& reader_;
   ConfinedFolder folder_;
@@ -89,6 +94,7 @@ Failure Unzipping::run(const Zip::Progress& progress, const Zip::FileOutputHandl
   std::uint64_t position = 0;
   auto step = ZipReader::Step::entry;
   for (std::uint64_t count = 1; step == ZipReader::Step::entry; ++count) {
+    if (isCancelled_ && isCancelled_()) return fail("It was given up.");
     if (count > limits_.entries) return fail(fmt::format("It has more than {} entries.", limits_.entries));
     const auto entry = reader_.entry(limits_.nameBytes);
     if (!entry) return fail("Its table of contents is damaged.");
@@ -127,7 +133,10 @@ void Unzipping::setPermissions(const ZipEntry& entry, mode_t always, const Set& 
   const mode_t mode = (entry.attributes >> 16U) & permissionBits;
   if (mode < ownerMayRead) return;
   if (const int code = set(mode | always); code != 0) {
-    const std::string path = (destination_ / path_.relative()).string();
+    std::string path = (destination_ / path_.relative()).string();
+    // Names may hold what a terminal would obey.
+    std::ranges::replace_if(
+        path, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, '?');
     const auto text = fmt::format("Failed to set permissions to file {}, error: {}\n", path, reason(code));
     std::fputs(text.c_str(), stdout);
   }
@@ -136,6 +145,7 @@ void Unzipping::setPermissions(const ZipEntry& entry, mode_t always, const Set& 
 Failure Unzipping::makeFolder(const ZipEntry& entry) {
   // A failure is that of the first file in it.
   const bool made = folder_.makeFolder(path_.folder);
+  if (auto failure = checkFolders(entry)) return failure;
   if (auto failure = close(entry, 0)) return failure;
   // Whatever the archive says, the folder can be filled, and removed again.
   if (made)
@@ -145,6 +155,7 @@ Failure Unzipping::makeFolder(const ZipEntry& entry) {
 
 Failure Unzipping::makeFile(const ZipEntry& entry) {
   ConfinedFile file = folder_.makeFile(path_, existing_, source_);
+  if (auto failure = checkFolders(entry)) return failure;
   if (!file.isOpen()) {
     const int code = folder_.error();
     if (code == EEXIST) {
@@ -165,6 +176,7 @@ Failure Unzipping::copy(const ZipEntry& entry, const ConfinedFile& file) {
   std::uint64_t written = 0;
   auto bytes = reader_.read();
   while (bytes && !bytes->empty() && written <= entry.bytes) {
+    if (isCancelled_ && isCancelled_()) return fail("It was given up.");
     total_ += bytes->size();
     if (auto failure = checkTotal(entry)) return failure;
     if (const int code = file.append(*bytes); code != 0)
@@ -172,9 +184,19 @@ Failure Unzipping::copy(const ZipEntry& entry, const ConfinedFile& file) {
     written += bytes->size();
     bytes = reader_.read();
   }
-  if (!bytes)
-    return fail(entry, entry.isEncrypted ? "is damaged, or the password is wrong" : "is damaged or cut off");
-  return close(entry, written);
+  return bytes ? close(entry, written) : unreadable(entry);
+}
+
+Failure Unzipping::unreadable(const ZipEntry& entry) const {
+  if (reader_.isExhausted())
+    return fail(entry,
+                fmt::format("has data that takes more than {} readings of the archive", limits_.readRatio));
+  return fail(entry, entry.isEncrypted ? "is damaged, or the password is wrong" : "is damaged or cut off");
+}
+
+Failure Unzipping::checkFolders(const ZipEntry& entry) const {
+  if (folder_.foldersMade() <= limits_.folders) return std::nullopt;
+  return fail(entry, fmt::format("takes the archive over {} folders", limits_.folders));
 }
 
 Failure Unzipping::checkTotal(const ZipEntry& entry) const {
@@ -215,7 +237,8 @@ Failure notFound(const fs::path& archive) {
 
 std::optional<ZipError> Zip::unzipFile(const fs::path& archive, const fs::path& destination, bool overwrite,
                                        const std::optional<std::string>& password, const Progress& progress,
-                                       const FileOutputHandler& fileOutputHandler, const ZipLimits& limits) {
+                                       const FileOutputHandler& fileOutputHandler, const ZipLimits& limits,
+                                       const IsCancelled& isCancelled) {
   if (auto failure = notFound(archive)) return failure;
   const auto explained = [&archive](const std::string& detail) {
     return ZipError(ZipError::unzipFail, fmt::format("{}: {}", archive.filename().string(), detail));
@@ -223,11 +246,11 @@ std::optional<ZipError> Zip::unzipFile(const fs::path& archive, const fs::path& 
   if (password && !isASCII(*password)) return explained("The password must be ASCII.");
   const auto source = std::make_unique<ArchiveSource>(archive);  // its windows are large for a stack
   if (!source->isOpen()) return explained(fmt::format("It cannot be opened: {}.", reason(source->error())));
-  ZipReader reader(*source);
+  ZipReader reader(*source, source->size() * limits.readRatio);
   if (reader.first() != ZipReader::Step::entry)
     return explained("It is no zip archive, is damaged, or has no entries.");
-  const auto failure =
-      Unzipping(destination, overwrite, password, limits, *source, reader).run(progress, fileOutputHandler);
+  const auto failure = Unzipping(destination, overwrite, password, limits, isCancelled, *source, reader)
+                           .run(progress, fileOutputHandler);
   if (failure) return explained(failure->detail());
   return std::nullopt;
 }

@@ -29,6 +29,9 @@ class Zip {
   /// Is given the path of each entry that was dealt with: a file, a folder, or a file that was kept.
   using FileOutputHandler = std::function<void(const std::filesystem::path&)>;
 
+  /// Asked now and then; true ends the work.
+  using IsCancelled = std::function<bool()>;
+
   /// Unpacks the archive into the folder `destination`, which is made if it is not there.
   ///
   /// Nothing outside the folder is touched, whatever the archive says: an entry whose name leads out or is no
@@ -47,7 +50,7 @@ class Zip {
                                            const std::optional<std::string>& password = std::nullopt,
                                            const Progress& progress = {},
                                            const FileOutputHandler& fileOutputHandler = {},
-                                           const ZipLimits& limits = {});
+                                           const ZipLimits& limits = {}, const IsCancelled& isCancelled = {});
 
   /// Unpacks the archive, replacing files, into the folder beside it that has its name without the extension.
   /// Returns that folder, or none with `error` set.

@@ -41,7 +41,8 @@ void readLargeSizes(ZipEntry& entry, std::string_view extra) {
 
 }  // namespace
 
-ZipReader::ZipReader(ArchiveSource& source) : source_(source) {
+ZipReader::ZipReader(ArchiveSource& source, std::uint64_t mostStoredBytes)
+    : source_(source), readable_(mostStoredBytes) {
   zlib_filefunc64_def functions = source.functions();
   file_ = unzOpen2_64("", &functions);
   if (inflateInit2(&stream_, -MAX_WBITS) == Z_OK || file_ == nullptr) return;
@@ -115,6 +116,9 @@ std::string_view ZipReader::readStored() {
   if (rest_ == 0) return {};
   std::string_view bytes = source_.view(position_);
   bytes = bytes.substr(0, std::min<std::uint64_t>(bytes.size(), rest_));
+  isExhausted_ = bytes.size() > readable_;
+  if (isExhausted_) return {};
+  readable_ -= bytes.size();
   position_ += bytes.size();
   rest_ -= bytes.size();
   if (!cipher_) return bytes;

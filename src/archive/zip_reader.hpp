@@ -34,7 +34,7 @@ struct ZipEntry {
 class ZipReader {
  public:
   /// The source outlives the reader.
-  explicit ZipReader(ArchiveSource& source);
+  ZipReader(ArchiveSource& source, std::uint64_t mostStoredBytes);
   ~ZipReader();
   ZipReader(const ZipReader&) = delete;
   ZipReader& operator=(const ZipReader&) = delete;
@@ -54,6 +54,8 @@ class ZipReader {
   /// Of all that was read of the entry.
   std::uint32_t checksum() const { return checksum_; }
   void closeEntry();
+  /// Whether a read was refused because the entries together have more stored bytes than may be read.
+  bool isExhausted() const { return isExhausted_; }
 
  private:
   const char* readCipherHeader(const ZipEntry& entry);
@@ -63,6 +65,8 @@ class ZipReader {
   ArchiveSource& source_;
   unzFile file_;
   z_stream stream_{};
+  std::uint64_t readable_;  ///< stored bytes of all entries that may still be read
+  bool isExhausted_ = false;
   bool isDeflated_ = false;
   bool hasEnded_ = false;
   std::uint64_t position_ = 0;  ///< of the next stored byte

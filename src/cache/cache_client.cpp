@@ -160,8 +160,12 @@ std::string CacheClient::getFolderPath(const std::string& forIdentifier) const {
 }
 
 std::optional<std::string> CacheClient::getHTMLPath(const std::string& forIdentifier) const {
-  std::optional<std::tuple<int, bool, std::string>> first;
   std::error_code error;
+  if (const fs::path index = fs::path(getFolderPath(forIdentifier)) / "index.html";
+      fs::is_regular_file(fs::symlink_status(index, error))) {
+    return index.string();  // a playable's: its folder may hold thousands of files
+  }
+  std::optional<std::tuple<int, bool, std::string>> first;
   for (fs::recursive_directory_iterator entry(getFolderPath(forIdentifier), error), end;
        !error && entry != end; entry.increment(error)) {
     // A link may lead out of the folder.

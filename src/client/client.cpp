@@ -30,8 +30,12 @@ Client::Client(std::shared_ptr<SdkContext> sdkContext, const ServiceConfiguratio
       httpClient(std::make_shared<HTTPClient>(context, session_, configuration.baseURL,
                                               VantoriumReachability::make(context->host()),
                                               userDefaultsClient->defaults())),
-      fileDownloader(std::make_shared<FileDownloader>(context, session_)) {}
+      fileDownloader(std::make_shared<FileDownloader>(context, session_)),
+      unpackQueue(DispatchQueue::serial("vantorium.unpack")) {}
 
-void Client::shutdown() { session_->shutdown(); }
+void Client::shutdown() {
+  isShutDown_ = true;
+  session_->shutdown();
+}
 
 }  // namespace vantorium

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -34,12 +35,14 @@ class Client {
   /// Ends every exchange under way, each with its one completion, within a second; later ones are cancelled
   /// at once. To be called before the application goes; any thread but the callback queue of the network.
   void shutdown();
+  bool isShutDown() const { return isShutDown_; }
 
   const std::shared_ptr<SdkContext> context;
   const std::string widgetURL;
 
  private:
   const std::shared_ptr<HTTPSession> session_;
+  std::atomic<bool> isShutDown_{false};
 
  public:
   const std::shared_ptr<UserDefaultsClient> userDefaultsClient;
@@ -47,6 +50,8 @@ class Client {
   const std::shared_ptr<HTTPClient> httpClient;
   /// Fetches creatives for the cache.
   const std::shared_ptr<FileDownloaderProtocol> fileDownloader;
+  /// Archives are unpacked one after another, so that they take one of the few worker threads at most.
+  const std::shared_ptr<DispatchQueue> unpackQueue;
 };
 
 }  // namespace vantorium

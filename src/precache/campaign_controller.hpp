@@ -20,7 +20,7 @@ namespace vantorium {
 /// too many files is refused at once.
 ///
 /// The owner keeps the controller until the completion has run; dropping it earlier ends the precache in
-/// silence.
+/// silence, in the middle of an archive too.
 class CampaignController : public std::enable_shared_from_this<CampaignController> {
  public:
   using Completion = std::function<void(bool success, std::optional<Error> error)>;
@@ -39,7 +39,6 @@ class CampaignController : public std::enable_shared_from_this<CampaignControlle
 
   void precachePlayable(const std::shared_ptr<DispatchQueue>& queue, int tryCounter,
                         const Completion& completion);
-  std::optional<Error> unpack(const std::vector<std::shared_ptr<File>>& files) const;
   std::string playablePathToRemove() const;
 
   std::optional<Error> refusal() const;

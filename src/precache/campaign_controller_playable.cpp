@@ -1,15 +1,57 @@
 // The playable branch of the campaign controller.
 #include <algorithm>
 #include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "archive/zip.hpp"
 #include "platform/foundation/files.hpp"
 #include "platform/foundation/url.hpp"
-#include "platform/foundation/worker_pool.hpp"
 #include "precache/campaign_controller.hpp"
 
 namespace vantorium {
+
+namespace {
+
+/// What is left to do once the archive is on disk; needs no controller.
+struct Unpacking {
+  std::shared_ptr<Client> client;
+  std::shared_ptr<Campaign> campaign;
+  std::string placementID;
+
+  std::filesystem::path folder() const { return client->cacheClient->getFolderPath(campaign->identifier); }
+
+  /// Unpacks the archives and writes the entry page, or returns what went wrong, reported; nothing of the
+  /// campaign is left on disk then.
+  std::optional<Error> run(const std::vector<std::shared_ptr<File>>& files,
+                           const Zip::IsCancelled& isCancelled) const {
+    const auto error = unpack(files, isCancelled);
+    if (error) {
+      client->context->logError(error->errorMessage());
+      std::error_code ignored;
+      std::filesystem::remove_all(folder(), ignored);
+    } else {
+      client->context->printLog("HTML files successufully downloaded and saved to disk for placement id: " +
+                                placementID);
+    }
+    return error;
+  }
+
+ private:
+  std::optional<Error> unpack(const std::vector<std::shared_ptr<File>>& files,
+                              const Zip::IsCancelled& isCancelled) const {
+    for (const auto& file : files) {
+      if (!file->destinationPath) continue;
+      const std::filesystem::path archive = *file->destinationPath;
+      if (auto error = Zip::unzipFile(archive, archive.parent_path(), true, {}, {}, {}, {}, isCancelled))
+        return *error;
+    }
+    // It takes the place of a page of that name from the archive.
+    return writeFileAtomically(folder() / "index.html", "<html><body>" + campaign->tag + "</body></html>");
+  }
+};
+
+}  // namespace
 
 void CampaignController::precachePlayable(const std::shared_ptr<DispatchQueue>& queue, int tryCounter,
                                           const Completion& completion) {
@@ -26,8 +68,11 @@ void CampaignController::precachePlayable(const std::shared_ptr<DispatchQueue>& 
         if (!self) return;
         if (success) {
           // Not here: other batches end on this queue, and a large archive takes its time.
-          workers::async([weak, files, complete] {
-            if (const auto alive = weak.lock()) complete(alive->unpack(files));
+          const Unpacking unpacking{self->client_, self->campaign_, self->placementID_};
+          self->client_->unpackQueue->async([weak, unpacking, files, complete] {
+            const auto isCancelled = [&] { return weak.expired() || unpacking.client->isShutDown(); };
+            const auto error = unpacking.run(files, isCancelled);
+            if (!weak.expired()) complete(error);
           });
           return;
         }
@@ -47,28 +92,6 @@ std::string CampaignController::playablePathToRemove() const {
   std::string path = base ? base->path() : std::string{};
   while (path.ends_with('/')) path.pop_back();
   return path;
-}
-
-/// Unpacks the archives and writes the entry page, or returns what went wrong, reported.
-std::optional<Error> CampaignController::unpack(const std::vector<std::shared_ptr<File>>& files) const {
-  const auto failed = [this](const Error& error) {
-    client_->context->logError(error.errorMessage());
-    return std::optional(error);
-  };
-  for (const auto& file : files) {
-    if (!file->destinationPath) continue;
-    const std::filesystem::path archive = *file->destinationPath;
-    if (const auto error = Zip::unzipFile(archive, archive.parent_path(), true)) return failed(*error);
-  }
-  // It takes the place of a page of that name from the archive.
-  const auto page =
-      std::filesystem::path(client_->cacheClient->getFolderPath(campaign_->identifier)) / "index.html";
-  if (const auto error = writeFileAtomically(page, "<html><body>" + campaign_->tag + "</body></html>")) {
-    return failed(*error);
-  }
-  client_->context->printLog("HTML files successufully downloaded and saved to disk for placement id: " +
-                             placementID_);
-  return std::nullopt;
 }
 
 }  // namespace vantorium

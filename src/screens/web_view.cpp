@@ -59,7 +59,7 @@ std::optional<Error> WebView::loadFileURL(const std::string& path, const std::st
   std::optional<Error> error;
   const auto page = readFile(path, error);
   if (!page) return error;
-  engine_->loadHTML(textOf(*page), fileURL(allowingReadAccessTo));
+  engine_->loadHTML(textOf(*page), folderURL(allowingReadAccessTo));
   return std::nullopt;
 }
 

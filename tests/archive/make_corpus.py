@@ -190,6 +190,16 @@ def bombs(corpus):
     corpus.add("bomb-overlapping", "200 entries that share 1 MiB of zeros in 1 KiB", build(*shared))
     corpus.good("overlapping", "two entries that share their data", build(Entry("a.txt"), Entry("b.txt", shares=0)),
                 {"a.txt": SHOWN, "b.txt": SHOWN})
+    silent = Entry("0", b"", stored=bytes([0, 0, 0, 255, 255]) * 40000 + bytes([1, 0, 0, 255, 255]))
+    silent.packed = len(silent.stored)
+    corpus.good("silent", "200 KB that inflate to nothing", build(silent), {"0": ""})
+    again = [silent, *(copy.copy(silent) for _ in range(9))]
+    for number, entry in enumerate(again[1:], 1):
+        entry.name, entry.shares = b"%d" % number, 0
+    corpus.add("bomb-silent", "10 entries that share 200 KB, which inflate to nothing", build(*again),
+               files={"9": None})
+    folders = [Entry(f"{number}/" + "a/" * 62 + "f", b"", method=0) for number in range(160)]
+    corpus.add("bomb-folders", "160 empty files below 10,080 folders", build(*folders), files={"159": None})
     many = build(*(Entry(f"{number:05}", b"", method=0) for number in range(10001)))
     corpus.add("bomb-entries", "10,001 empty files", many, files={"10000": None})
 

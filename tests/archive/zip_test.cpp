@@ -140,6 +140,17 @@ TEST_F(ZipTest, CountsWhileItInflates) {
   EXPECT_EQ(detail({.compressionRatio = 1, .ratioFreeBytes = 300'000}), "");
 }
 
+TEST_F(ZipTest, GivesUpWhenAsked) {
+  ASSERT_FALSE(zip());
+  int asked = 0;
+  const auto error =
+      Zip::unzipFile(archive(), destination(), true, {}, {}, {}, {}, [&] { return ++asked > 2; });
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->code(), ZipError::unzipFail);
+  EXPECT_NE(error->detail().find("given up"), std::string::npos);
+  EXPECT_EQ(asked, 3);
+}
+
 TEST_F(ZipTest, TakesArchivesByTheirExtension) {
   ASSERT_FALSE(zip());
   const fs::path capitals = home_.path() / "out.ZIP";

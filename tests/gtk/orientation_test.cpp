@@ -5,6 +5,7 @@
 #include <string>
 
 #include "gtk/support/desktop.hpp"
+#include "hosts/gtk/orientation_sensor.hpp"
 
 namespace vantorium::test {
 namespace {
@@ -91,15 +92,25 @@ TEST_F(SensorTest, IsReadWhileAnAdIsShown) {
   EXPECT_TRUE(waitFor([&] { return sensor.claims == 0; }));
 }
 
-TEST_F(SensorTest, ADesktopThatTurnedWithItIsUpright) {
+TEST_F(SensorTest, AWideWindowIsUprightInLandscape) {
   present(screen);
   window.set_default_size(600, 400);
   ASSERT_TRUE(waitFor([&] { return host->application().screenBounds().width > 400; }));
   EXPECT_EQ(host->application().interfaceOrientation(), InterfaceOrientation::landscapeLeft);
   ASSERT_TRUE(waitFor([&] { return held() == DeviceOrientation::landscapeRight; })) << "its natural way up";
   sensor.turn("right-up");
-  settle();
-  EXPECT_EQ(held(), DeviceOrientation::landscapeRight) << "the window has the device's shape";
+  EXPECT_TRUE(waitFor([&] { return held() == DeviceOrientation::portrait; })) << "a quarter turn from there";
+}
+
+TEST(HeldAgainstWindowTest, ADesktopThatTurnedShowsItsWindowsUpright) {
+  using enum DeviceOrientation;
+  for (const auto reading : {portrait, landscapeLeft, landscapeRight, portraitUpsideDown}) {
+    EXPECT_EQ(gtk::heldAgainstWindow(reading, true, false), portrait);
+    EXPECT_EQ(gtk::heldAgainstWindow(reading, true, true), landscapeRight);
+    EXPECT_EQ(gtk::heldAgainstWindow(reading, false, false), reading);
+  }
+  EXPECT_EQ(gtk::heldAgainstWindow(landscapeRight, false, true), portraitUpsideDown);
+  EXPECT_EQ(gtk::heldAgainstWindow(faceUp, true, true), faceUp);
 }
 
 }  // namespace

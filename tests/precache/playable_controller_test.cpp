@@ -149,6 +149,7 @@ TEST_F(PlayableControllerTest, ReportsWhatItCannotUnpackOrWriteAndDoesNotTryAgai
     EXPECT_EQ(world_.awaitReports(reports + 1).size(), reports + 1);
     EXPECT_NE(world_.reports().back().find(text), std::string::npos);
     EXPECT_EQ(world_.requests(path).size(), 1U);
+    EXPECT_FALSE(fs::exists(folderOf(one))) << "nothing of it is left";
   }
 }
 

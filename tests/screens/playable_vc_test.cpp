@@ -98,6 +98,14 @@ TEST_F(PlayableScreen, FinishingGivesTheCloseControlAndTheRewardOnce) {
   EXPECT_EQ(asked(), 1U) << "it pays nothing";
 }
 
+TEST_F(PlayableScreen, OlderEngineResolvesThePagesReferencesInItsFolder) {
+  host().deviceFacts().set("systemVersion", "8.4");
+  ASSERT_TRUE(world.showing(rewarded));
+  const json load = host().awaitEvent({{"event", "load"}, {"kind", "html"}});
+  const std::string base = load["base"];
+  EXPECT_TRUE(base.starts_with("file:///") && base.ends_with("/")) << base;
+}
+
 TEST_F(PlayableScreen, TurnsAsItsCampaignAsks) {
   constexpr double quarter = std::numbers::pi / 2;
   using ui::DeviceOrientation;

@@ -148,6 +148,12 @@ std::string percentDecoded(std::string_view text) {
 
 std::string fileURL(std::string_view path) { return "file://" + percentEncoded(path, "!$&'()*+,-./:;=@_~"); }
 
+std::string folderURL(std::string_view path) {
+  std::string url = fileURL(path);
+  if (!url.ends_with('/')) url += '/';
+  return url;
+}
+
 std::string makeUUID() {
   std::random_device random;
   std::array<std::uint32_t, 4> words{};

@@ -38,6 +38,9 @@ std::string percentDecoded(std::string_view text);
 /// A "file:" URL for an absolute path.
 std::string fileURL(std::string_view path);
 
+/// Likewise for a folder: relative references lead into it.
+std::string folderURL(std::string_view path);
+
 /// A fresh random UUID: 36 characters, upper-case hexadecimal, 8-4-4-4-12. Any thread.
 std::string makeUUID();
 
