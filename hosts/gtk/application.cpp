@@ -127,8 +127,15 @@ void DesktopApplication::performOpenURL(const std::string& url, std::function<vo
   const auto display = Gdk::Display::get_default();
   GdkAppLaunchContext* const context =
       display ? gdk_display_get_app_launch_context(display->gobj()) : nullptr;
+  const auto told = [this, url, completion = std::move(completion)](bool isOpened) {
+    if (!isOpened) {
+      print_(fmt::format("VANTORIUM: no application on this machine opens \"{}\".",
+                         url.substr(0, url.find('?'))));
+    }
+    if (completion) completion(isOpened);
+  };
   g_app_info_launch_default_for_uri_async(url.c_str(), G_APP_LAUNCH_CONTEXT(context), nullptr, opened,
-                                          new Opening{std::move(completion)});
+                                          new Opening{told});
   if (context != nullptr) g_object_unref(context);
 }
 

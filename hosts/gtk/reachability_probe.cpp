@@ -6,8 +6,10 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
+#include <algorithm>
 #include <array>
 #include <climits>
+#include <cstddef>
 #include <cstring>
 #include <fstream>
 
@@ -53,7 +55,7 @@ std::optional<DefaultRoute> asDefaultRoute(const nlmsghdr& message) {
 
 bool isUp(int socket, const char* name) {
   ifreq request{};
-  std::strncpy(request.ifr_name, name, IFNAMSIZ - 1);
+  std::memcpy(request.ifr_name, name, std::min<std::size_t>(std::strlen(name), IFNAMSIZ - 1));
   constexpr short up = IFF_UP | IFF_RUNNING;
   return ::ioctl(socket, SIOCGIFFLAGS, &request) == 0 && (request.ifr_flags & up) == up;
 }

@@ -49,8 +49,8 @@ class Vantorium {
   /// `internalError`, inside the call, and the others do nothing. Fails when there is a host already or
   /// `host` is null. The host is kept until the process ends.
   static std::optional<Error> setHost(std::shared_ptr<Host> host);
-  /// Accepted after `setHost` and before the first use; refused afterwards, and for addresses that may not be
-  /// a service's, with an error that says what is wrong. Nothing changes then.
+  /// Accepted after `setHost` and before any function with a completion is called; refused afterwards, and
+  /// for addresses that may not be a service's, with an error that says what is wrong. Nothing changes then.
   static std::optional<Error> setDeveloperSettings(const DeveloperSettings& settings);
   /// Takes away an ad that is shown, ends all work under way (each completion hears of it) and stops the
   /// SDK's network within a second. Main thread. Afterwards, as before `setHost`, there is no host. An
@@ -119,7 +119,8 @@ class Vantorium {
   static bool autoCaching();
   static void setAutoCaching(bool value);
 
-  /// Who hears of configuration, precaching, clicks and rewards. Held weakly: keep your own reference.
+  /// Who hears of configuration, precaching, clicks and rewards. Held weakly: keep your own reference. Set it
+  /// after `setHost`; without a host nothing is kept.
   static std::shared_ptr<VantoriumDelegate> delegate();
   static void setDelegate(std::weak_ptr<VantoriumDelegate> delegate);
 };

@@ -97,5 +97,5 @@ function step(world, input, dt) {
 }
 
 function starsOf(world) {
-  return world.score >= 0.7 * world.best ? 3 : world.score >= 0.35 * world.best ? 2 : 1;
+  return world.score >= 0.7 * world.best ? 3 : world.score >= 0.35 * world.best ? 2 : world.score > 0 ? 1 : 0;
 }
