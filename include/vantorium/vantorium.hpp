@@ -102,6 +102,37 @@ class Vantorium {
                            std::optional<VantoriumServerParameter> serverParameter, Completion completion);
   static void showCampaign(const std::string& forPlacement, Completion completion);
 
+  /// Shows the service's offer wall, a live page on which the user picks an offer to earn by, over the
+  /// application's front screen. Main thread. The placement names the wall to the service; a "clickId" among
+  /// the parameters comes back to the application's own service with what was earned. The delegate hears
+  /// "didReceiveClickForPlacement:" when an offer is opened. The completion is called on the main thread:
+  /// with success when the wall has been left, with the page's error when it could not be loaded.
+  ///
+  /// Refusals call the completion inside this call: as those of `showCampaign`, but for
+  /// `noPrecachedDataToShow`.
+  static void showOfferWall(const std::string& forPlacement,
+                            std::optional<VantoriumServerParameter> serverParameter, Completion completion);
+  static void showOfferWall(const std::string& forPlacement, Completion completion);
+
+  /// Asks the service for an offer, fills the popup's template with it and shows the page over the
+  /// application's front screen. Main thread. The delegate hears "didReceiveClickForPlacement:" when the
+  /// offer is taken; the parameters travel with the click's report. The completion is called on the main
+  /// thread: with success when the popup has been closed, with the service's or the network's error when
+  /// there is no offer, with the disk's when its page cannot be written.
+  ///
+  /// Refusals call the completion inside this call: `notConfigured`; `noPrecachedDataToShow` before
+  /// `precacheRewardablePopupTemplate` has succeeded; `functionInProgress` while an ad is prepared or shown;
+  /// `internalError` on another thread than the main one.
+  static void showRewardablePopup(const std::string& forPlacement,
+                                  std::optional<VantoriumServerParameter> serverParameter,
+                                  Completion completion);
+  static void showRewardablePopup(const std::string& forPlacement, Completion completion);
+
+  /// Fetches the template of rewardable popups, once per process; reports success at once when it is there.
+  /// Fails with `notConfigured`, else with the service's or the network's error; it may be tried again then.
+  static void precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, Completion completion);
+  static void precacheRewardablePopupTemplate(Completion completion);
+
   /// The diagnostic log so far, each line ended by "\n". Empty unless the service has switched test mode on.
   static std::string getLog();
 

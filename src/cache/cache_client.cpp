@@ -137,6 +137,27 @@ std::shared_ptr<Campaign> CacheClient::getCampaign(const std::string& forHash) c
   return nullptr;
 }
 
+void CacheClient::add(std::shared_ptr<RewardableOffer> offer, const std::string& forKey) {
+  const MutexLock lock(mutex_);
+  offerCache_[forKey] = std::move(offer);
+}
+
+std::shared_ptr<RewardableOffer> CacheClient::getOffer(const std::string& forKey) const {
+  const MutexLock lock(mutex_);
+  const auto found = offerCache_.find(forKey);
+  return found == offerCache_.end() ? nullptr : found->second;
+}
+
+std::optional<std::string> CacheClient::rewardablePopup() const {
+  const MutexLock lock(mutex_);
+  return rewardablePopup_;
+}
+
+void CacheClient::setRewardablePopup(std::optional<std::string> html) {
+  const MutexLock lock(mutex_);
+  rewardablePopup_ = std::move(html);
+}
+
 void CacheClient::shareFiles(const std::string& identifier, const std::string& ofIdentifier) {
   const std::string owner = filesIdentifier(ofIdentifier);
   const MutexLock lock(mutex_);

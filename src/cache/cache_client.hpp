@@ -15,6 +15,7 @@
 #include "cache/file_downloader.hpp"
 #include "context/sdk_context.hpp"
 #include "model/campaign.hpp"
+#include "model/rewardable_offer.hpp"
 #include "platform/foundation/data.hpp"
 #include "platform/foundation/thread_annotations.hpp"
 
@@ -22,8 +23,8 @@ namespace vantorium {
 
 class BlockOperationQueue;
 
-/// Everything that is precached: the campaigns of each placement, in memory, and their files in the cache
-/// folder, which is emptied when the client is made. Any thread.
+/// Everything that is precached: the campaigns and the offer of each placement, in memory, and their files in
+/// the cache folder, which is emptied when the client is made. Any thread.
 ///
 /// Files are kept by identifier: one folder, and at most one saved blob beside it, for each. A campaign whose
 /// creative is on disk already shares the files of the earlier one, see `shareFiles`; every lookup follows
@@ -54,6 +55,14 @@ class CacheClient : public std::enable_shared_from_this<CacheClient> {
   std::shared_ptr<Campaign> getNextCampaign(const std::string& forKey) const EXCLUDES(mutex_);
   /// The first campaign, under any key, of that hash, or null. An empty hash is nobody's.
   std::shared_ptr<Campaign> getCampaign(const std::string& forHash) const EXCLUDES(mutex_);
+
+  /// Keeps the offer of the key's popup; a later one takes its place. `clear` leaves it.
+  void add(std::shared_ptr<RewardableOffer> offer, const std::string& forKey) EXCLUDES(mutex_);
+  /// The offer of the key's popup, or null.
+  std::shared_ptr<RewardableOffer> getOffer(const std::string& forKey) const EXCLUDES(mutex_);
+  /// The template of rewardable popups; none until the service has sent one. `clear` leaves it.
+  std::optional<std::string> rewardablePopup() const EXCLUDES(mutex_);
+  void setRewardablePopup(std::optional<std::string> html) EXCLUDES(mutex_);
 
   /// Lets `identifier` stand for the files of `ofIdentifier` from now on.
   void shareFiles(const std::string& identifier, const std::string& ofIdentifier) EXCLUDES(mutex_);
@@ -95,6 +104,8 @@ class CacheClient : public std::enable_shared_from_this<CacheClient> {
   mutable Mutex mutex_;
   std::vector<std::shared_ptr<BlockOperationQueue>> downloadQueues_ GUARDED_BY(mutex_);
   mutable std::map<std::string, CampaignList> campaignCache_ GUARDED_BY(mutex_);
+  std::map<std::string, std::shared_ptr<RewardableOffer>> offerCache_ GUARDED_BY(mutex_);
+  std::optional<std::string> rewardablePopup_ GUARDED_BY(mutex_);
   std::map<std::string, std::string> fileCache_ GUARDED_BY(mutex_);
   std::map<std::string, std::string> sharedFiles_ GUARDED_BY(mutex_);
 };

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "protocol/service_url.hpp"
-#include "screens/campaign_vc.hpp"
+#include "screens/base_view_controller.hpp"
 
 namespace vantorium {
 
@@ -73,6 +73,11 @@ void Sdk::uploadError(const std::string& text) {
   if (identity && client) client->httpClient->logError(identity->appID, identity->userID, text);
 }
 
+std::optional<std::string> Sdk::userID() {
+  MutexLock lock(mutex_);
+  return identity_ ? std::optional(identity_->userID) : std::nullopt;
+}
+
 void Sdk::precacheCampaigns(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
                             Completion completion) {
   precacher()->precacheCampaigns(forPlacement, std::move(queue), std::move(completion));
@@ -87,63 +92,11 @@ void Sdk::canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue
   precacher()->canView(forPlacement, std::move(queue), std::move(completion));
 }
 
-std::optional<Error> Sdk::refusalToShow() {
-  const SdkContext::Flags flags = context_->flags();
-  if (!flags.isConfigured) return VantoriumError::notConfigured();
-  if (std::this_thread::get_id() != mainThread_) {
-    return VantoriumError::internalError("Ads are shown from the main thread. Call this function there.");
-  }
-  if (flags.isShowingAds) return VantoriumError::functionInProgress();
-  const auto& reachability = client()->httpClient->reachability();
-  if (!reachability) return VantoriumError::internalError();
-  if (reachability->currentReachabilityStatus() == VantoriumReachability::NetworkStatus::notReachable) {
-    return VantoriumError::noInternetConnection();
-  }
-  return std::nullopt;
-}
-
-void Sdk::showCampaign(const std::string& forPlacement,
-                       std::optional<VantoriumServerParameter> serverParameter, Completion completion) {
-  if (const auto refusal = refusalToShow()) {
-    completion(false, refusal);
-    return;
-  }
-  context_->updateFlags([&](SdkContext::Flags& flags) {
-    flags.isShowingAds = true;
-    flags.showingPlacement = forPlacement;
-  });
-  const auto stopShowing = [context = context_] {
-    context->updateFlags([](SdkContext::Flags& flags) {
-      flags.isShowingAds = false;
-      flags.showingPlacement.reset();
-    });
-  };
-  const auto replenish = [precacher = std::weak_ptr(precacher())](const std::string& placement) {
-    if (const auto alive = precacher.lock())
-      alive->precacheCampaigns(placement, nullptr, [](bool, auto&&) {});
-  };
-  const auto screen = std::make_shared<CampaignVC>(client(), forPlacement, replenish);
-  if (!screen->campaign()) {
-    stopShowing();
-    const Error error = VantoriumError::noPrecachedDataToShow();
-    completion(false, error);
-    context_->logError(error.errorMessage());
-    return;
-  }
-  shownScreen_ = screen;
-  screen->showOverScreen(std::move(serverParameter),
-                         [context = context_, stopShowing, completion = std::move(completion)](
-                             bool success, const std::optional<Error>& error) {
-                           stopShowing();
-                           completion(success, error);
-                           if (error) context->logError(error->errorMessage());
-                         });
-}
-
 void Sdk::shutdown() {
+  hasEnded_ = true;
   context_->setErrorReporter(nullptr);
   if (const auto screen = shownScreen_.lock()) {
-    screen->cancel(VantoriumError::internalError("The SDK was shut down while the ad was shown."));
+    screen->cancel(shutDownWhileShowing());
   }
   std::shared_ptr<Client> client;
   std::shared_ptr<CampaignPrecacher> precacher;

@@ -46,6 +46,11 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
   void canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue, Completion completion);
   void showCampaign(const std::string& forPlacement, std::optional<VantoriumServerParameter> serverParameter,
                     Completion completion);
+  void showOfferWall(const std::string& forPlacement, std::optional<VantoriumServerParameter> serverParameter,
+                     Completion completion);
+  void showRewardablePopup(const std::string& forPlacement,
+                           std::optional<VantoriumServerParameter> serverParameter, Completion completion);
+  void precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, Completion completion);
 
   /// Takes a screen that is shown away, ends every exchange with its one completion and stops the network,
   /// within a second. The SDK is not to be used afterwards. Main thread; may be called twice.
@@ -68,11 +73,23 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
       EXCLUDES(mutex_);
   void startAutoCaching(const HTTPClient::Placements& placements);
   void uploadError(const std::string& text) EXCLUDES(mutex_);
-  std::optional<Error> refusalToShow();
+  std::optional<std::string> userID() EXCLUDES(mutex_);
+
+  static Error shutDownWhileShowing();
+  std::optional<Error> refusalToShow() const;
+  std::optional<Error> refusalToGoOnline();
+  void beginShowing(std::optional<std::string> placement);
+  void failToShow(const Error& error, const Completion& completion);
+  void show(const std::shared_ptr<BaseViewController>& screen,
+            std::optional<VantoriumServerParameter> serverParameter, Completion completion);
+  void showPreparedPopup(const std::string& placement,
+                         const std::optional<VantoriumServerParameter>& serverParameter,
+                         const Completion& completion);
 
   const std::shared_ptr<SdkContext> context_;
   const std::thread::id mainThread_ = std::this_thread::get_id();
   std::weak_ptr<BaseViewController> shownScreen_;  ///< main thread only
+  bool hasEnded_ = false;                          ///< main thread only
 
   std::once_flag servicesMade_;
   Mutex mutex_;

@@ -149,6 +149,40 @@ void Vantorium::showCampaign(const std::string& forPlacement, Completion complet
   showCampaign(forPlacement, std::nullopt, std::move(completion));
 }
 
+void Vantorium::showOfferWall(const std::string& forPlacement,
+                              std::optional<VantoriumServerParameter> serverParameter,
+                              Completion completion) {
+  withSdk(std::move(completion), [&](Sdk& sdk, Completion answer) {
+    sdk.showOfferWall(forPlacement, std::move(serverParameter), std::move(answer));
+  });
+}
+
+void Vantorium::showOfferWall(const std::string& forPlacement, Completion completion) {
+  showOfferWall(forPlacement, std::nullopt, std::move(completion));
+}
+
+void Vantorium::showRewardablePopup(const std::string& forPlacement,
+                                    std::optional<VantoriumServerParameter> serverParameter,
+                                    Completion completion) {
+  withSdk(std::move(completion), [&](Sdk& sdk, Completion answer) {
+    sdk.showRewardablePopup(forPlacement, std::move(serverParameter), std::move(answer));
+  });
+}
+
+void Vantorium::showRewardablePopup(const std::string& forPlacement, Completion completion) {
+  showRewardablePopup(forPlacement, std::nullopt, std::move(completion));
+}
+
+void Vantorium::precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, Completion completion) {
+  withSdk(std::move(completion), [&](Sdk& sdk, Completion answer) {
+    sdk.precacheRewardablePopupTemplate(std::move(queue), std::move(answer));
+  });
+}
+
+void Vantorium::precacheRewardablePopupTemplate(Completion completion) {
+  precacheRewardablePopupTemplate(nullptr, std::move(completion));
+}
+
 std::string Vantorium::getLog() {
   const auto sdk = Process::shared().sdk();
   return sdk ? sdk->context()->log() : std::string();

@@ -7,7 +7,7 @@
 
 namespace vantorium {
 
-/// The largest page, in bytes, that is rewritten.
+/// The largest page, in bytes, that is rewritten or made.
 inline constexpr std::size_t largestPage = std::size_t{8} << 20U;
 
 /// An end card's page that refers to local copies: every "{{customImage}}" becomes `customImage`, then every

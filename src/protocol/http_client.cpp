@@ -8,6 +8,7 @@
 #include "device/init_request_builder.hpp"
 #include "model/json.hpp"
 #include "platform/foundation/ascii.hpp"
+#include "platform/foundation/files.hpp"
 #include "platform/foundation/url.hpp"
 #include "protocol/envelope.hpp"
 
@@ -183,6 +184,43 @@ void HTTPClient::getCampaigns(const std::string& forPlacement, int numberOfCampa
   };
   const Endpoint endpoint{.url = url, .hasContentType = true, .hasUserAgent = true, .isAuthorized = true};
   if (const auto error = send(endpoint, finish)) completion({}, error);
+}
+
+void HTTPClient::getRewardableOffer(const std::string& forPlacement, const OfferCompletion& completion) {
+  const auto finish = [context = context_, completion](const auto& body, const auto& transportError) {
+    const Envelope envelope = Envelope::read(body, transportError);
+    if (envelope.flaw == Envelope::Flaw::notJSON) context->logError(envelope.error->errorMessage());
+    completion(envelope.object ? std::make_shared<RewardableOffer>(*envelope.object) : nullptr,
+               envelope.error);
+    if (envelope.flaw == Envelope::Flaw::broken)
+      context->logError(invalidResponseLine("Invalid server response from /api/offers/ Response: ", *body));
+  };
+  const Endpoint endpoint{.url = baseURL_ + "/api/offers/" + forPlacement,
+                          .hasContentType = true,
+                          .hasUserAgent = true,
+                          .isAuthorized = true};
+  if (const auto error = send(endpoint, finish)) completion(nullptr, error);
+}
+
+void HTTPClient::getRewardablePopup(const TextCompletion& completion) {
+  const auto finish = [context = context_, completion](const auto& body, const auto& transportError) {
+    if (!body) {
+      completion(std::nullopt, transportError);
+    } else if (body->size() > largestTemplate) {
+      const auto error = VantoriumError::internalError(fmt::format(
+          "The template of rewardable popups has more than {} bytes. Serve a smaller one.", largestTemplate));
+      completion(std::nullopt, error);
+      context->logError(error.errorMessage());
+    } else if (!isUTF8(body->bytes())) {
+      completion(std::nullopt, invalidServerResponse());
+      context->logError("Invalid server response from /api/rewardedPopup/");
+    } else {
+      completion(std::string(body->bytes()), std::nullopt);
+    }
+  };
+  const Endpoint endpoint{
+      .url = baseURL_ + "/api/rewardedPopup", .hasContentType = true, .isAuthorized = true};
+  if (const auto error = send(endpoint, finish)) completion(std::nullopt, error);
 }
 
 void HTTPClient::canView(const std::string& forPlacement, const Completion& completion) {

@@ -14,6 +14,7 @@
 #include "device/reachability.hpp"
 #include "device/user_defaults.hpp"
 #include "model/campaign.hpp"
+#include "model/rewardable_offer.hpp"
 #include "platform/foundation/data.hpp"
 #include "platform/foundation/thread_annotations.hpp"
 #include "platform/net/http_session.hpp"
@@ -33,6 +34,9 @@ class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
   using DataCompletion = std::function<void(std::optional<Data> data, std::optional<Error> error)>;
   using CampaignsCompletion =
       std::function<void(std::vector<std::shared_ptr<Campaign>> campaigns, std::optional<Error> error)>;
+  using OfferCompletion =
+      std::function<void(std::shared_ptr<RewardableOffer> offer, std::optional<Error> error)>;
+  using TextCompletion = std::function<void(std::optional<std::string> text, std::optional<Error> error)>;
   using Completion = std::function<void(bool success, std::optional<Error> error)>;
 
   /// `baseURL` is one that `checkServiceURL` accepts. `reachability` may be null. `defaults` tell error
@@ -55,6 +59,11 @@ class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
 
   void getCampaigns(const std::string& forPlacement, int numberOfCampaigns,
                     const std::vector<std::string>& cachedCampaingIDs, const CampaignsCompletion& completion);
+  /// What the placement's rewardable popup offers at the moment.
+  void getRewardableOffer(const std::string& forPlacement, const OfferCompletion& completion);
+  /// The template of rewardable popups: whatever text the service sends, up to `largestTemplate` bytes.
+  void getRewardablePopup(const TextCompletion& completion);
+  static constexpr std::size_t largestTemplate = std::size_t{4} << 20U;
   /// Whether an ad of the placement may be shown; (false, none) is a refusal, not a failure.
   void canView(const std::string& forPlacement, const Completion& completion);
   /// Whether the reward of an ad of the placement may be granted.

@@ -146,6 +146,14 @@ std::string percentDecoded(std::string_view text) {
   return result;
 }
 
+std::optional<std::string> strictlyPercentDecoded(std::string_view text) {
+  for (auto at = text.find('%'); at != std::string_view::npos; at = text.find('%', at + 1)) {
+    if (!startsEscape(text, at)) return std::nullopt;
+  }
+  auto decoded = percentDecoded(text);
+  return isUTF8(decoded) ? std::optional(std::move(decoded)) : std::nullopt;
+}
+
 std::string fileURL(std::string_view path) { return "file://" + percentEncoded(path, "!$&'()*+,-./:;=@_~"); }
 
 std::string folderURL(std::string_view path) {

@@ -35,6 +35,9 @@ std::optional<std::string> urlEncodedString(std::string_view text);
 /// The text with its percent escapes decoded; a "%" that starts no escape stays.
 std::string percentDecoded(std::string_view text);
 
+/// Likewise, but none when a "%" starts no escape or the result is not UTF-8.
+std::optional<std::string> strictlyPercentDecoded(std::string_view text);
+
 /// A "file:" URL for an absolute path.
 std::string fileURL(std::string_view path);
 

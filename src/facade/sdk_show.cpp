@@ -1,0 +1,184 @@
+// The entry points of the SDK that put an ad on screen.
+#include <utility>
+
+#include "facade/sdk.hpp"
+#include "precache/rewardable_popup_controller.hpp"
+#include "screens/campaign_vc.hpp"
+#include "screens/offer_wall_vc.hpp"
+#include "screens/rewardable_popup_vc.hpp"
+
+namespace vantorium {
+
+namespace {
+
+constexpr const char* templateIsMissing =
+    "Rewardable Popup is not precached. Call precacheRewardablePopupTemplate function first.";
+
+void stopShowing(SdkContext& context) {
+  context.updateFlags([](SdkContext::Flags& flags) {
+    flags.isShowingAds = false;
+    flags.showingPlacement.reset();
+  });
+}
+
+}  // namespace
+
+Error Sdk::shutDownWhileShowing() {
+  return VantoriumError::internalError("The SDK was shut down while the ad was shown.");
+}
+
+std::optional<Error> Sdk::refusalToShow() const {
+  if (std::this_thread::get_id() != mainThread_) {
+    return VantoriumError::internalError("Ads are shown from the main thread. Call this function there.");
+  }
+  if (context_->flags().isShowingAds) return VantoriumError::functionInProgress();
+  return std::nullopt;
+}
+
+std::optional<Error> Sdk::refusalToGoOnline() {
+  const auto& reachability = client()->httpClient->reachability();
+  if (!reachability) return VantoriumError::internalError();
+  if (reachability->currentReachabilityStatus() == VantoriumReachability::NetworkStatus::notReachable) {
+    return VantoriumError::noInternetConnection();
+  }
+  return std::nullopt;
+}
+
+void Sdk::beginShowing(std::optional<std::string> placement) {
+  context_->updateFlags([&](SdkContext::Flags& flags) {
+    flags.isShowingAds = true;
+    if (placement) flags.showingPlacement = std::move(placement);
+  });
+}
+
+/// There is nothing to show after all.
+void Sdk::failToShow(const Error& error, const Completion& completion) {
+  stopShowing(*context_);
+  completion(false, error);
+  context_->logError(error.errorMessage());
+}
+
+void Sdk::show(const std::shared_ptr<BaseViewController>& screen,
+               std::optional<VantoriumServerParameter> serverParameter, Completion completion) {
+  shownScreen_ = screen;
+  screen->showOverScreen(std::move(serverParameter), [context = context_, completion = std::move(completion)](
+                                                         bool success, const std::optional<Error>& error) {
+    stopShowing(*context);
+    completion(success, error);
+    if (error) context->logError(error->errorMessage());
+  });
+}
+
+void Sdk::showCampaign(const std::string& forPlacement,
+                       std::optional<VantoriumServerParameter> serverParameter, Completion completion) {
+  std::optional<Error> refusal;
+  if (!context_->flags().isConfigured) refusal = VantoriumError::notConfigured();
+  if (!refusal) refusal = refusalToShow();
+  if (!refusal) refusal = refusalToGoOnline();
+  if (refusal) {
+    completion(false, refusal);
+    return;
+  }
+  beginShowing(forPlacement);
+  const auto replenish = [precacher = std::weak_ptr(precacher())](const std::string& placement) {
+    if (const auto alive = precacher.lock())
+      alive->precacheCampaigns(placement, nullptr, [](bool, auto&&) {});
+  };
+  const auto screen = std::make_shared<CampaignVC>(client(), forPlacement, replenish);
+  if (screen->campaign()) {
+    show(screen, std::move(serverParameter), std::move(completion));
+  } else {
+    failToShow(VantoriumError::noPrecachedDataToShow(), completion);
+  }
+}
+
+void Sdk::showOfferWall(const std::string& forPlacement,
+                        std::optional<VantoriumServerParameter> serverParameter, Completion completion) {
+  const auto user = userID();
+  std::optional<Error> refusal;
+  if (!context_->flags().isConfigured || !user) refusal = VantoriumError::notConfigured();
+  if (!refusal) refusal = refusalToShow();
+  if (!refusal) refusal = refusalToGoOnline();
+  if (refusal) {
+    completion(false, refusal);
+    return;
+  }
+  beginShowing(std::nullopt);
+  show(std::make_shared<OfferWallVC>(client(), forPlacement, *user), std::move(serverParameter),
+       std::move(completion));
+}
+
+void Sdk::showRewardablePopup(const std::string& forPlacement,
+                              std::optional<VantoriumServerParameter> serverParameter,
+                              Completion completion) {
+  const auto html = client()->cacheClient->rewardablePopup();
+  std::optional<Error> refusal;
+  if (!context_->flags().isConfigured) {
+    refusal = VantoriumError::notConfigured();
+  } else if (!html) {
+    refusal = VantoriumError::noPrecachedDataToShow(templateIsMissing);
+  } else {
+    refusal = refusalToShow();
+  }
+  if (refusal) {
+    completion(false, refusal);
+    return;
+  }
+  beginShowing(std::nullopt);
+  const auto fail = [context = context_, completion](const std::optional<Error>& error) {
+    stopShowing(*context);
+    completion(false, error);
+  };
+  client()->httpClient->getRewardableOffer(
+      forPlacement, [self = shared_from_this(), forPlacement, html, fail, completion,
+                     serverParameter = std::move(serverParameter)](
+                        const std::shared_ptr<RewardableOffer>& offer, const std::optional<Error>& error) {
+        if (!offer) {
+          if (error) self->context_->logError(error->errorMessage());
+          self->context_->onMain([fail, error] { fail(error); });
+          return;
+        }
+        RewardablePopupController(self->client(), offer)
+            .prepare(forPlacement, *html,
+                     [self, forPlacement, serverParameter, fail, completion](bool success, const auto& flaw) {
+                       if (success) {
+                         self->showPreparedPopup(forPlacement, serverParameter, completion);
+                       } else {
+                         fail(flaw);
+                       }
+                     });
+      });
+}
+
+void Sdk::showPreparedPopup(const std::string& placement,
+                            const std::optional<VantoriumServerParameter>& serverParameter,
+                            const Completion& completion) {
+  if (hasEnded_) {
+    stopShowing(*context_);
+    completion(false, shutDownWhileShowing());
+    return;
+  }
+  const auto screen = std::make_shared<RewardablePopupVC>(client(), placement);
+  if (screen->offer()) {
+    show(screen, serverParameter, completion);
+  } else {
+    failToShow(VantoriumError::noPrecachedDataToShow(), completion);
+  }
+}
+
+void Sdk::precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, Completion completion) {
+  const auto complete = [context = context_, queue = std::move(queue), completion = std::move(completion)](
+                            bool success, const std::optional<Error>& error) {
+    context->onQueue(queue, [completion, success, error] { completion(success, error); });
+  };
+  if (!context_->flags().isConfigured) return complete(false, VantoriumError::notConfigured());
+  const auto services = client();
+  if (services->cacheClient->rewardablePopup()) return complete(true, std::nullopt);
+  services->httpClient->getRewardablePopup(
+      [services, complete](const std::optional<std::string>& text, const std::optional<Error>& error) {
+        services->cacheClient->setRewardablePopup(text);
+        complete(text.has_value(), error);
+      });
+}
+
+}  // namespace vantorium

@@ -1,0 +1,45 @@
+#include "precache/rewardable_popup_controller.hpp"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <utility>
+
+#include "platform/foundation/files.hpp"
+#include "precache/end_card_page.hpp"
+#include "precache/template_page.hpp"
+
+namespace vantorium {
+
+std::optional<std::string> RewardablePopupController::processHTML(std::string html) const {
+  return filledTemplate(std::move(html), offer_->offer);
+}
+
+void RewardablePopupController::prepare(const std::string& placementID, const std::string& html,
+                                        Completion completion) const {
+  SdkContext& context = *client_->context;
+  context.printLog("Rewardable Offer entity successufully fetched from server. Placement id: " + placementID);
+  context.printLog("Trying to update HTML template with Rewardable Offer data. Placement id: " + placementID);
+  const auto error = writePage(html);
+  if (error) {
+    context.logError(error->errorMessage());
+  } else {
+    context.printLog("HTML page for Rewardable Offer is prepared. Placement id: " + placementID);
+    client_->cacheClient->add(offer_, placementID);
+  }
+  context.onMain([completion = std::move(completion), error] { completion(!error, error); });
+}
+
+std::optional<Error> RewardablePopupController::writePage(const std::string& html) const {
+  const auto page = processHTML(html);
+  if (!page) {
+    return VantoriumError::internalError(fmt::format(
+        "Can't fill the rewardable popup: its page would have more than {} bytes. Serve a smaller one.",
+        largestPage));
+  }
+  const std::filesystem::path folder = client_->cacheClient->getFolderPath(offer_->identifier);
+  createDirectoryIfNeeded(folder);
+  return writeFileAtomically(folder / "index.html", *page);
+}
+
+}  // namespace vantorium
