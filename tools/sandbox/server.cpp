@@ -18,7 +18,7 @@ using nlohmann::json;
 std::vector<Endpoint> allEndpoints() {
   std::vector<Endpoint> all;
   for (auto family : {&sessionEndpoints, &campaignEndpoints, &nativeEndpoints, &offerEndpoints,
-                      &permissionEndpoints, &impressionEndpoints}) {
+                      &permissionEndpoints, &impressionEndpoints, &widgetEndpoints}) {
     for (auto& endpoint : family()) all.push_back(std::move(endpoint));
   }
   return all;

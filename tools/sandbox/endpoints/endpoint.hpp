@@ -30,16 +30,19 @@ struct Shape {
 
 using Violations = std::vector<std::string>;
 
-/// One endpoint. A path that ends in "/" stands for all paths below it; the rest is the call's `tail`.
+/// One endpoint. A path that ends in "/" stands for all paths below it, and only with `whole` for itself; the
+/// rest is the call's `tail`.
 struct Endpoint {
   std::string path;
   Shape shape;
   std::function<void(const Call&, Violations&)> check;  ///< Rules beyond the shape; may be empty.
   std::function<Answer(const Service&, const Call&)> answer;
   nlohmann::json noFill;  ///< What it answers when it has nothing to offer; a string is sent bare.
+  bool whole = false;     ///< The path is meant as it is, also when it ends in "/".
 
   bool matches(const std::string& wanted) const {
-    return path.ends_with('/') ? wanted.starts_with(path) && wanted.size() > path.size() : wanted == path;
+    const bool below = path.ends_with('/') && !whole;
+    return below ? wanted.starts_with(path) && wanted.size() > path.size() : wanted == path;
   }
 };
 
@@ -50,7 +53,8 @@ std::vector<Endpoint> nativeEndpoints();      ///< sdk/native
 std::vector<Endpoint> offerEndpoints();       ///< offers, rewardedPopup
 std::vector<Endpoint> permissionEndpoints();  ///< canView, canReward
 std::vector<Endpoint> impressionEndpoints();  ///< impressions
-/// Everything outside /api/: files of the catalogue.
+std::vector<Endpoint> widgetEndpoints();      ///< the offer wall's page, outside /api/
+/// Everything else outside /api/: files of the catalogue.
 Endpoint fileEndpoint();
 
 /// The answer's noFill for services that say so in an envelope.

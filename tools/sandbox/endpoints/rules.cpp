@@ -28,7 +28,8 @@ void checkUserAgent(const Endpoint& endpoint, const Call& call, Violations& viol
     }
   } else if (call.has("User-Agent")) {
     // Ad pages are opened by web engines, and files are looked at from a terminal.
-    const bool known = endpoint.path == "/" && (agent.starts_with("Mozilla/") || agent.starts_with("curl/"));
+    const bool known =
+        !endpoint.path.starts_with("/api/") && (agent.starts_with("Mozilla/") || agent.starts_with("curl/"));
     if (!known) violations.push_back(fmt::format("header User-Agent must be absent, is \"{}\"", agent));
   }
 }
@@ -50,26 +51,6 @@ void checkAuthorization(const Shape& shape, const Service& service, const Call& 
 }
 
 bool upperHex(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); }
-
-void checkTarget(const std::string& target, Violations& violations) {
-  constexpr std::string_view plain =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789!$&'()*+,-./:;=?@_~";
-  for (size_t at = 0; at < target.size(); ++at) {
-    const bool escape =
-        target[at] == '%' && at + 2 < target.size() && upperHex(target[at + 1]) && upperHex(target[at + 2]);
-    if (escape || plain.find(target[at]) != std::string_view::npos) continue;
-    violations.push_back(
-        fmt::format("the target's character {} must be percent-escaped (with upper-case digits)", at));
-    return;
-  }
-}
-
-bool isUUID(const std::string& text) {
-  constexpr std::string_view form = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
-  return text.size() == form.size() && std::equal(text.begin(), text.end(), form.begin(), [](char c, char f) {
-           return f == '-' ? c == '-' : upperHex(c);
-         });
-}
 
 bool isDigits(const std::string& text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
@@ -154,6 +135,26 @@ void checkFields(const json& body, const std::array<Field, N>& fields, json& unk
 }
 
 }  // namespace
+
+void checkTarget(const std::string& target, Violations& violations) {
+  constexpr std::string_view plain =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789!$&'()*+,-./:;=?@_~";
+  for (size_t at = 0; at < target.size(); ++at) {
+    const bool escape =
+        target[at] == '%' && at + 2 < target.size() && upperHex(target[at + 1]) && upperHex(target[at + 2]);
+    if (escape || plain.find(target[at]) != std::string_view::npos) continue;
+    violations.push_back(
+        fmt::format("the target's character {} must be percent-escaped (with upper-case digits)", at));
+    return;
+  }
+}
+
+bool isUUID(const std::string& text) {
+  constexpr std::string_view form = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
+  return text.size() == form.size() && std::equal(text.begin(), text.end(), form.begin(), [](char c, char f) {
+           return f == '-' ? c == '-' : upperHex(c);
+         });
+}
 
 void checkShape(const Endpoint& endpoint, const Service& service, const Call& call, Violations& violations) {
   const Shape& shape = endpoint.shape;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <string>
 #include <string_view>
 
 #include "sandbox/endpoints/endpoint.hpp"
@@ -9,6 +10,12 @@ namespace vantorium::sandbox {
 
 /// Method, headers, token, presence of a body, and the characters of the target.
 void checkShape(const Endpoint& endpoint, const Service& service, const Call& call, Violations& violations);
+
+/// Whether all characters of the target are escaped that have to be.
+void checkTarget(const std::string& target, Violations& violations);
+
+/// An upper-case, hyphenated one.
+bool isUUID(const std::string& text);
 
 /// placementId, connectionType and numOfCampaigns once each, cachedCampaignIds any number of times. `open`
 /// admits more.

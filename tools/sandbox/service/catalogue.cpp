@@ -107,6 +107,7 @@ Catalogue::Catalogue(fs::path folder) : folder_(std::move(folder)) {
   campaigns_ = readFolder(folder_ / "campaigns", &isArrayOfObjects, "an array of objects");
   nativeAds_ = readFolder(folder_ / "native", &isArrayOfObjects, "an array of objects");
   offers_ = readFolder(folder_ / "offers", &isObject, "an object");
+  walls_ = readFolder(folder_ / "walls", &isArrayOfObjects, "an array of objects");
 }
 
 void Catalogue::setBaseURL(std::string baseURL) {
@@ -142,10 +143,19 @@ std::optional<json> Catalogue::offer(const std::string& placement) const {
   return filled(offers_, placement);
 }
 
-std::optional<std::string> Catalogue::popupTemplate() const {
-  const auto body = Body::file(folder_ / "rewarded_popup.html");
-  if (!body) return std::nullopt;
-  return filledText(body->read(0, body->size()));
+std::optional<std::string> Catalogue::popupTemplate() const { return page("rewarded_popup.html"); }
+
+std::optional<std::string> Catalogue::offerWall(const std::string& placement) const {
+  auto text = page("widget/page.html");
+  if (!text) return std::nullopt;
+  for (const char* part : {"widget.css", "widget.js"}) {
+    replaceAll(*text, fmt::format("{{{{{}}}}}", part), page(fs::path("widget") / part).value_or(""));
+  }
+  const std::lock_guard lock(mutex_);
+  std::string offers = filled(walls_, placement).value_or(json::array()).dump();
+  replaceAll(offers, "<", "\\u003c");  // no text of an offer ends the script that carries it
+  replaceAll(*text, "{{offers}}", offers);
+  return text;
 }
 
 std::string Catalogue::canReward(const std::string& placement) const {
@@ -211,6 +221,12 @@ std::optional<json> Catalogue::filled(const ByPlacement& records, const std::str
   json value = found->second;
   fillIn(value, std::string(base), baseURL_);
   return value;
+}
+
+std::optional<std::string> Catalogue::page(const fs::path& path) const {
+  const auto body = Body::file(folder_ / path);
+  if (!body) return std::nullopt;
+  return filledText(body->read(0, body->size()));
 }
 
 std::string Catalogue::filledText(std::string text) const {

@@ -18,6 +18,8 @@ namespace vantorium::sandbox {
 /// campaigns/PLACEMENT.json            array of campaigns; native/PLACEMENT.json likewise
 /// offers/PLACEMENT.json               object
 /// rewarded_popup.html                 template
+/// walls/PLACEMENT.json                array of the offer wall's offers
+/// widget/                             page.html of the offer wall, and what it is put together from
 /// static/ media/ track/ playable/     files, served under these paths
 class Catalogue {
  public:
@@ -32,6 +34,8 @@ class Catalogue {
   std::optional<nlohmann::json> nativeAds(const std::string& placement) const;
   std::optional<nlohmann::json> offer(const std::string& placement) const;
   std::optional<std::string> popupTemplate() const;
+  /// The page of the offer wall, with style, script and the placement's offers (none: an empty wall) in it.
+  std::optional<std::string> offerWall(const std::string& placement) const;
   /// "true" for every placement until set.
   std::string canReward(const std::string& placement) const;
   std::string canView(const std::string& placement) const;
@@ -51,6 +55,7 @@ class Catalogue {
 
   std::optional<nlohmann::json> filled(const ByPlacement& records, const std::string& placement) const;
   std::string filledText(std::string text) const;
+  std::optional<std::string> page(const std::filesystem::path& path) const;
 
   const std::filesystem::path folder_;
   mutable std::mutex mutex_;  // guards everything below
@@ -59,6 +64,7 @@ class Catalogue {
   ByPlacement campaigns_;
   ByPlacement nativeAds_;
   ByPlacement offers_;
+  ByPlacement walls_;
   std::map<std::string, std::string> canReward_;
   std::map<std::string, std::string> canView_;
   std::map<std::string, Answer> fixed_;

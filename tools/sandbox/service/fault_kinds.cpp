@@ -45,9 +45,10 @@ void sendPart(Connection& connection, const Answer& answer, size_t bytes) {
 
 Plan noFill(const Strike& strike) {
   const json& answer = strike.victim.noFill;
-  return {.answer = answer.is_string()
-                        ? Answer{.contentType = "text/plain", .body = {answer.get<std::string>()}}
-                        : jsonAnswer(answer)};
+  if (!answer.is_string()) return {.answer = jsonAnswer(answer)};
+  const auto text = answer.get<std::string>();
+  const bool page = text.starts_with("<!doctype html>");
+  return {.answer = Answer{.contentType = page ? "text/html; charset=utf-8" : "text/plain", .body = {text}}};
 }
 
 Plan serviceError(const Strike& strike) { return {.answer = failure(strike.text("text"))}; }
@@ -87,6 +88,25 @@ Plan wrongTypes(const Strike& strike) {
   json value = json::parse(answer.body.read(0, answer.body.size()), nullptr, false);
   if (value.is_discarded()) return {.answer = jsonAnswer(7)};
   return {.answer = jsonAnswer(withWrongFields(std::move(value)))};
+}
+
+Plan notUTF8(const Strike& strike) {
+  Answer answer = strike.victim.trueAnswer();
+  const std::string text = answer.body.read(0, answer.body.size());
+  answer.body = {text.substr(0, text.size() / 2) + "\xC3\x28" + text.substr(text.size() / 2)};
+  return {.answer = std::move(answer)};
+}
+
+Plan textReplaced(const Strike& strike) {
+  Answer answer = strike.victim.trueAnswer();
+  std::string text = answer.body.read(0, answer.body.size());
+  const std::string what = strike.text("what");
+  const std::string with = strike.text("with");
+  for (size_t at = 0; !what.empty() && (at = text.find(what, at)) != std::string::npos; at += with.size()) {
+    text.replace(at, what.size(), with);
+  }
+  answer.body = {std::move(text)};
+  return {.answer = std::move(answer)};
 }
 
 Plan successWithStatus500(const Strike& strike) {
@@ -205,6 +225,11 @@ const std::vector<Kind>& kinds() {
        R"(JSON of the wrong types, in the "envelope" or in the records' "fields")",
        {{"where", "envelope"}},
        &wrongTypes},
+      {"notUTF8", "the true answer with bytes in it that are not UTF-8", json::object(), &notUTF8},
+      {"textReplaced",
+       "the true answer with one text in the place of another",
+       {{"what", "{{coins}}"}, {"with", ""}},
+       &textReplaced},
       {"successWithStatus500", "the true answer with HTTP status 500", json::object(), &successWithStatus500},
       {"delay", "the true answer, later", {{"seconds", 1.0}}, &delay},
       {"bodyCutShort",
