@@ -138,6 +138,63 @@ TEST_F(SandboxServerTest, PlayablesComeAsArchives) {
   EXPECT_EQ(send({server.baseURL() + "/playable-src/harbor-dash/game.js"}).status, 404);
 }
 
+TEST_F(SandboxServerTest, PopupsComeAsOfferAndTemplate) {
+  const std::string authorization = bearer();
+  const std::vector<std::string> headers{"Content-Type: application/json", authorization};
+  const Ask popup{server.baseURL() + "/api/rewardedPopup", headers};
+  Ask offer{server.baseURL() + "/api/offers/offer-main", headers};
+  offer.headers.emplace_back("User-Agent: Phone");
+  const json offered = send(offer).parsed();
+  EXPECT_EQ(offered["offer"]["coins"], 120);
+  EXPECT_EQ(send({offered["trackingUrl"]}).status, 200);
+  const std::string url =
+      server.baseURL() + "/api/impressions/" + offered["impressionId"].get<std::string>() + "/click";
+  EXPECT_EQ(send({url, headers, ""}).parsed()["status"], "success");
+  EXPECT_EQ(server.events().back()["placement"], "offer-main");
+
+  const std::string whole = send(popup).body;
+  server.setFaults({{"path", "/api/rewardedPopup"}, {"fault", "notUTF8"}});
+  const std::string broken = send(popup).body;
+  EXPECT_EQ(broken.size(), whole.size() + 2);
+  EXPECT_THROW(static_cast<void>(json(broken).dump()), json::type_error) << "UTF-8 after all";
+  server.setFaults({{"path", "/api/rewardedPopup"}, {"fault", "textReplaced"}});
+  EXPECT_EQ(send(popup).body.find("{{coins}}"), std::string::npos);
+  server.setFaults(
+      {{"path", "/api/offers/"}, {"fault", "textReplaced"}, {"what", "coins\""}, {"with", "coins coins\""}});
+  EXPECT_EQ(send(offer).parsed()["offer"]["coins coins"], 120);
+  server.setFaults({{"path", "/api/offers/"}, {"fault", "wrongTypes"}, {"where", "fields"}});
+  EXPECT_TRUE(send(offer).parsed()["offer"].is_array());
+}
+
+TEST_F(SandboxServerTest, HoldsTheOfferWallToItsAddress) {
+  const auto wall = [&](const std::string& query) {
+    return send({server.baseURL() + "/ioswidget/" + query, {"User-Agent: Mozilla/5.0"}});
+  };
+  const std::string good = "?appid=wall-main&userid=a%20b&idfa=&pub_click_id=";
+  const Reply page = wall(good);
+  EXPECT_EQ(page.contentType, "text/html; charset=utf-8");
+  EXPECT_NE(page.body.find("\"" + server.baseURL() + "/track/wall.html\""), std::string::npos);
+  EXPECT_EQ(server.requests().back()["target"], "/ioswidget/" + good);
+  EXPECT_EQ(wall("?appid=a&userid=&idfa=6BA7B810-9DAD-11D1-80B4-00C04FD430C8&pub_click_id=c").status, 200);
+  EXPECT_EQ(send({server.baseURL() + "/track/wall.html?offer=x&userid=a%20b"}).status, 200);
+
+  const std::vector<std::pair<std::string, std::string>> wrong{
+      {"?userid=&appid=a&idfa=&pub_click_id=", "are \"userid, appid, idfa, pub_click_id\""},
+      {"?appid=a&userid=x&y&idfa=&pub_click_id=", "are \"appid, userid, y, idfa, pub_click_id\""},
+      {"?appid=&userid=&idfa=&pub_click_id=", "appid must be a placement, is empty"},
+      {"?appid=a&userid=&idfa=6ba7b810-9dad-11d1-80b4-00c04fd430c8&pub_click_id=", "idfa must be"},
+      {"?appid=a&userid=%c3%a9&idfa=&pub_click_id=", "must be percent-escaped"}};
+  for (const auto& [query, violation] : wrong) {
+    const Reply refused = wall(query);
+    EXPECT_EQ(refused.status, 400);
+    EXPECT_NE(refused.parsed().value("error", "").find(violation), std::string::npos) << refused.body;
+  }
+  server.setFaults({{"path", "/ioswidget/"}, {"fault", "noFill"}});
+  EXPECT_NE(wall(good).body.find("href=\"closead://"), std::string::npos);
+  server.setFaults({{"path", "/ioswidget/"}, {"fault", "redirect"}, {"to", "click://http%3A%2F%2Fx"}});
+  EXPECT_EQ(wall(good).status, 302);
+}
+
 TEST_F(SandboxServerTest, SaysWhichRuleARequestBreaks) {
   json body = deviceBody();
   body["rooted"] = "no";

@@ -125,7 +125,7 @@ addEventListener("keydown", (event) => {
 });
 
 document.querySelector("footer").textContent = [
-  query.userid ? `Coins go to player ${query.userid}.` : "Coins go to this device's player.",
+  query.userid ? `Coins go to the account “${query.userid}”.` : "Coins go to the account of this device.",
   query.idfa ? "Your advertising identifier is used to confirm offers." : "Your advertising identifier is not shared.",
 ].join(" ");
 show();
