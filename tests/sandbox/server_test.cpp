@@ -148,7 +148,7 @@ TEST_F(SandboxServerTest, PopupsComeAsOfferAndTemplate) {
   EXPECT_EQ(offered["offer"]["coins"], 120);
   EXPECT_EQ(send({offered["trackingUrl"]}).status, 200);
   const std::string url =
-      server.baseURL() + "/api/impressions/" + offered["impressionId"].get<std::string>() + "/click";
+      server.baseURL() + "/api/impressions/" + offered["impressionId"].get<std::string>() + "/click?";
   EXPECT_EQ(send({url, headers, ""}).parsed()["status"], "success");
   EXPECT_EQ(server.events().back()["placement"], "offer-main");
 
