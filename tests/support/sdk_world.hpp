@@ -84,6 +84,7 @@ struct SdkWorld {
     sdk = Sdk::make(lease->lend());
     ServiceConfiguration configuration;
     configuration.baseURL = server.baseURL();
+    configuration.widgetURL = server.baseURL();
     sdk->setServiceConfiguration(configuration);
     sdk->context()->setDelegate(delegate);
   }
