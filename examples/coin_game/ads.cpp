@@ -45,6 +45,31 @@ void Ads::show(const std::string& placement) {
       });
 }
 
+void Ads::showOfferWall(const std::string& placement) {
+  Vantorium::showOfferWall(placement, closed(placement, "showOfferWall"));
+}
+
+void Ads::showSpecialOffer(const std::string& placement) {
+  Vantorium::showRewardablePopup(placement, closed(placement, "showRewardablePopup"));
+}
+
+/// Coins for an offer come later, from the game's own service; here it is only noted that the page is gone.
+Vantorium::Completion Ads::closed(std::string placement, std::string what) {
+  return [weak = weak_from_this(), placement = std::move(placement), what = std::move(what)](
+             bool success, const std::optional<Error>& error) {
+    const auto self = weak.lock();
+    if (!self) return;
+    self->timeline_.note(
+        "completion", what,
+        {{"placement", placement}, {"success", success ? "yes" : "no"}, {"error", textOf(error)}});
+    self->tellOffers();
+  };
+}
+
+void Ads::tellOffers() {
+  if (onOffersChange) onOffersChange(Vantorium::isConfigured(), hasTemplate_);
+}
+
 // Seen to the end, closed or failed: all the same here. Coins come with the reward, never with the closing.
 void Ads::didClose(const std::string& placement, bool success, const std::optional<Error>& error) {
   timeline_.note("completion", "showCampaign",
@@ -56,7 +81,20 @@ void Ads::didClose(const std::string& placement, bool success, const std::option
   }
 }
 
-void Ads::didConfigure() { timeline_.note("delegate", "didConfigure"); }
+void Ads::didConfigure() {
+  timeline_.note("delegate", "didConfigure");
+  tellOffers();
+  // What special offers look like; the offer itself is fetched when it is shown.
+  Vantorium::precacheRewardablePopupTemplate(
+      [weak = weak_from_this()](bool success, const std::optional<Error>& error) {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->timeline_.note("completion", "precacheRewardablePopupTemplate",
+                             {{"success", success ? "yes" : "no"}, {"error", textOf(error)}});
+        self->hasTemplate_ = success;
+        self->tellOffers();
+      });
+}
 
 void Ads::didFailConfigure(const std::optional<Error>& error) {
   timeline_.note("delegate", "didFailConfigure", {{"error", textOf(error)}});

@@ -27,12 +27,16 @@ class Ads final : public vantorium::VantoriumDelegate, public std::enable_shared
 
   std::function<void(const std::string& placement, State)> onStateChange;
   std::function<void(std::int64_t coins)> onReward;
+  /// Whether the offer wall and the special offer can be shown.
+  std::function<void(bool hasWall, bool hasSpecialOffer)> onOffersChange;
 
   /// Introduces the game to the service, which makes the SDK fetch a first ad for each placement.
   void start(const std::string& appID, const std::vector<std::string>& placements);
   /// Tries to get what is unavailable once more.
   void retry();
   void show(const std::string& placement);
+  void showOfferWall(const std::string& placement);
+  void showSpecialOffer(const std::string& placement);
 
  private:
   void didConfigure() override;
@@ -44,6 +48,8 @@ class Ads final : public vantorium::VantoriumDelegate, public std::enable_shared
 
   void load(const std::string& placement);
   void configure();
+  void tellOffers();
+  vantorium::Vantorium::Completion closed(std::string placement, std::string what);
   void didClose(const std::string& placement, bool success, const std::optional<vantorium::Error>& error);
   bool isWaitedFor(const std::string& placement) const;
   void setState(const std::string& placement, State state);
@@ -52,4 +58,5 @@ class Ads final : public vantorium::VantoriumDelegate, public std::enable_shared
   Timeline& timeline_;
   std::string appID_;
   std::map<std::string, State> states_;  ///< by placement
+  bool hasTemplate_ = false;
 };

@@ -39,11 +39,13 @@ GameWindow::GameWindow(std::shared_ptr<Ads> ads, Placements placements, Timeline
   buildLayout();
   connect();
   showCoins();
+  showOffers(false, false);
 }
 
 GameWindow::~GameWindow() {
   ads_->onStateChange = nullptr;
   ads_->onReward = nullptr;
+  ads_->onOffersChange = nullptr;
 }
 
 void GameWindow::buildLayout() {
@@ -92,6 +94,15 @@ Gtk::Widget& GameWindow::buildPanel() {
   watch_.add_css_class("watch");
   play_.set_label("Play for coins");
   play_.add_css_class("play");
+  wall_.set_label("Offers");
+  specialOffer_.set_label("Special offer");
+  for (Gtk::Button* const button : {&wall_, &specialOffer_}) {
+    button->add_css_class("page");
+    button->set_hexpand(true);
+    pages_.append(*button);
+  }
+  pages_.set_homogeneous(true);
+  pages_.set_spacing(12);
   setUpLabel(status_, "quiet", Gtk::Align::CENTER);
   retry_.set_label("Try again");
   retry_.add_css_class("retry");
@@ -102,6 +113,7 @@ Gtk::Widget& GameWindow::buildPanel() {
   panel_.append(offer_);
   panel_.append(watch_);
   panel_.append(play_);
+  panel_.append(pages_);
   panel_.append(statusLine_);
   panel_.add_css_class("panel");
   return panel_;
@@ -115,10 +127,13 @@ void GameWindow::connect() {
   buy_.signal_clicked().connect([this] { buyNext(); });
   watch_.signal_clicked().connect([this] { ads_->show(placements_.video); });
   play_.signal_clicked().connect([this] { ads_->show(placements_.playable); });
+  wall_.signal_clicked().connect([this] { ads_->showOfferWall(placements_.wall); });
+  specialOffer_.signal_clicked().connect([this] { ads_->showSpecialOffer(placements_.specialOffer); });
   retry_.signal_clicked().connect([this] { ads_->retry(); });
   ads_->onStateChange = [this](const std::string& placement, Ads::State state) {
     showAdState(placement, state);
   };
+  ads_->onOffersChange = [this](bool hasWall, bool hasSpecialOffer) { showOffers(hasWall, hasSpecialOffer); };
   ads_->onReward = [this](std::int64_t coins) { addCoins(coins); };
 
   const auto shortcuts = Gtk::ShortcutController::create();
@@ -176,4 +191,11 @@ void GameWindow::showAdState(const std::string& placement, Ads::State state) {
   bay_.setStill(isEither(showing));
   timeline_.note("game", isVideo ? "video button" : "play button",
                  {{"enabled", state == ready ? "yes" : "no"}, {"text", text}});
+}
+
+void GameWindow::showOffers(bool hasWall, bool hasSpecialOffer) {
+  wall_.set_sensitive(hasWall);
+  specialOffer_.set_sensitive(hasSpecialOffer);
+  timeline_.note("game", "offer buttons",
+                 {{"wall", hasWall ? "yes" : "no"}, {"special", hasSpecialOffer ? "yes" : "no"}});
 }

@@ -16,7 +16,7 @@ class GameWindow final : public Gtk::ApplicationWindow {
  public:
   /// Where in the game ads are shown, by the names that the service knows.
   struct Placements {
-    std::string video, playable;
+    std::string video, playable, wall, specialOffer;
   };
 
   GameWindow(std::shared_ptr<Ads> ads, Placements placements, Timeline& timeline);
@@ -32,6 +32,7 @@ class GameWindow final : public Gtk::ApplicationWindow {
   void buyNext();
   void showCoins();
   void showAdState(const std::string& placement, Ads::State state);
+  void showOffers(bool hasWall, bool hasSpecialOffer);
 
   const std::shared_ptr<Ads> ads_;
   const Placements placements_;
@@ -47,7 +48,7 @@ class GameWindow final : public Gtk::ApplicationWindow {
   Gtk::Label title_, coinLabel_;
   Gtk::Label hint_;
   Gtk::Box footer_{Gtk::Orientation::VERTICAL}, panel_{Gtk::Orientation::VERTICAL}, offer_,
-      offerTexts_{Gtk::Orientation::VERTICAL}, statusLine_;
+      offerTexts_{Gtk::Orientation::VERTICAL}, pages_, statusLine_;
   Gtk::Label offerName_, offerText_, status_;
-  Gtk::Button buy_, watch_, play_, retry_;
+  Gtk::Button buy_, watch_, play_, wall_, specialOffer_, retry_;
 };

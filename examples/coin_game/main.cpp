@@ -19,6 +19,8 @@ struct Options {
   Glib::ustring appID = "coin-game";
   Glib::ustring videoPlacement = "rewarded-main";
   Glib::ustring playablePlacement = "playable-rewarded";
+  Glib::ustring wallPlacement = "wall-main";
+  Glib::ustring popupPlacement = "offer-main";
   Glib::ustring serviceURL;
   std::string certificate;
   std::string timeline;
@@ -44,6 +46,10 @@ Options parse(int argc, char** argv) {
   group.add_entry_filename(entry("certificate", "FILE", "A certificate to trust, for developers"),
                            options.certificate);
   group.add_entry_filename(entry("timeline", "FILE", "Note what happens in this file"), options.timeline);
+  group.add_entry(entry("wall-placement", "ID", "Where in the game the offer wall is shown"),
+                  options.wallPlacement);
+  group.add_entry(entry("offer-placement", "ID", "Where in the game special offers are shown"),
+                  options.popupPlacement);
   group.add_entry(entry("device-menu", nullptr, "A menu to turn the device with, for developers"),
                   options.hasDeviceMenu);
   Glib::OptionContext context;
@@ -60,8 +66,9 @@ std::shared_ptr<vantorium::Host> startSDK(const Options& options) {
                                         .treatLoopbackAsOnline = isDevelopment});
   auto error = Vantorium::setHost(host);
   if (!error && isDevelopment) {
-    error = Vantorium::setDeveloperSettings(
-        {.baseURL = options.serviceURL, .widgetURL = "", .trustedCertificate = options.certificate});
+    error = Vantorium::setDeveloperSettings({.baseURL = options.serviceURL,
+                                             .widgetURL = options.serviceURL,
+                                             .trustedCertificate = options.certificate});
   }
   if (!error) return host;
   std::cerr << "coin_game: " << error->localizedDescription() << "\n";
@@ -82,7 +89,8 @@ int play(const Options& options) {
     const auto host = startSDK(options);
     if (!host) return;
     status = EXIT_SUCCESS;
-    const GameWindow::Placements placements{options.videoPlacement, options.playablePlacement};
+    const GameWindow::Placements placements{options.videoPlacement, options.playablePlacement,
+                                            options.wallPlacement, options.popupPlacement};
     window = std::make_unique<GameWindow>(ads, placements, timeline);
     vantorium::gtk::attach(*host, *window);
     addDeviceMenu(*app, host);

@@ -28,6 +28,8 @@ inline constexpr const char* style = R"(
 .panel .watch:hover { background: #ffd571; }
 .panel .play { margin-top: 12px; min-height: 60px; background: #c9b6ff; color: #2a1a5e; font-size: 19px; }
 .panel .play:hover { background: #d6c8ff; }
+.panel .page { margin-top: 12px; background: #dff1f4; color: #0f4a5c; }
+.panel .page:hover { background: #cfe9ee; }
 .panel button:disabled { background: #e6eaee; color: #6a7581; }
 .panel .retry { min-height: 36px; margin-left: 14px; padding: 0 10px; background: none; color: #1257d6; font-size: 15px; }
 .panel > box:last-child { margin-top: 10px; min-height: 36px; }
