@@ -204,7 +204,7 @@ bool BayView::advance(const Glib::RefPtr<Gdk::FrameClock>& clock) {
 }
 
 void BayView::draw(const Context& cairo, int width, int height) const {
-  const double horizon = 0.42 * height;
+  const double horizon = 0.38 * height;
   const double center = 0.5 * width;
   drawSky(cairo, width, horizon, now_);
   drawHill(cairo, 0.86 * width, horizon, 150, 0x7fb48c);

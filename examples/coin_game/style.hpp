@@ -24,9 +24,9 @@ inline constexpr const char* style = R"(
 .panel button:focus-visible { outline: 3px solid #1257d6; outline-offset: 2px; }
 .panel .buy { background: #1f7a5c; color: #ffffff; font-size: 16px; }
 .panel .buy:hover { background: #18664c; }
-.panel .watch { margin-top: 20px; min-height: 60px; background: #ffc94d; color: #3a2a00; font-size: 19px; }
+.panel .watch { margin-top: 16px; min-height: 56px; background: #ffc94d; color: #3a2a00; font-size: 19px; }
 .panel .watch:hover { background: #ffd571; }
-.panel .play { margin-top: 12px; min-height: 60px; background: #c9b6ff; color: #2a1a5e; font-size: 19px; }
+.panel .play { margin-top: 12px; min-height: 56px; background: #c9b6ff; color: #2a1a5e; font-size: 19px; }
 .panel .play:hover { background: #d6c8ff; }
 .panel .page { margin-top: 12px; background: #dff1f4; color: #0f4a5c; }
 .panel .page:hover { background: #cfe9ee; }

@@ -19,7 +19,7 @@ def play_automatically(on_stage, deadline):
     service = on_stage.start_service()
     game = on_stage.start_game()
     try:
-        person.play(screen, game, service, deadline)
+        person.play(screen, on_stage.desktop, game, service, deadline)
     except stage.Failure:
         screen.photograph("failure")
         raise

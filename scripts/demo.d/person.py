@@ -10,6 +10,7 @@ REWARD = 50
 
 # What the buttons look like (blue, green, red); that is how they are found.
 WATCH_GOLD = (0x4D, 0xC9, 0xFF)
+PAGE_AQUA = (0xF4, 0xF1, 0xDF)
 PLAY_LAVENDER = (0xFF, 0xB6, 0xC9)
 GET_IT_RED = (0x3D, 0x43, 0xC8)
 STORE_BLUE = (0xD6, 0x57, 0x12)
@@ -52,6 +53,12 @@ class Screen:
         self.run("convert", f"xwd:{self.framebuffer}", "-crop", window, "+repage", self.folder / f"{name}.png")
         print(f"  {self.folder}/{name}.png", flush=True)
 
+    def write(self, name, lines):
+        text = "\n\n".join("\n".join(line[at:at + 64] for at in range(0, len(line), 64)) for line in lines)
+        self.run("convert", "-background", "white", "-fill", "#1c2733", "-font", "DejaVu-Sans-Mono", "-pointsize", "14",
+                 f"label:{text}", "-bordercolor", "white", "-border", "24", self.folder / f"{name}.png")
+        print(f"  {self.folder}/{name}.png", flush=True)
+
     def focus(self, title):
         """What a window manager does for a new window."""
         self.run("xdotool", "search", "--sync", "--onlyvisible", "--name", title, "windowfocus")
@@ -80,6 +87,14 @@ class Screen:
         right = max(start + length for _, start, length in runs)
         return (left + right) * SAMPLING // 2, (runs[0][0] + runs[-1][0]) * SAMPLING // 2
 
+    def find_topmost(self, colour, width):
+        """A point in the upper edge of the topmost thing of this colour that is at least so wide, or None."""
+        for y, row in enumerate(self.look()):
+            start, length = longest_run(row, colour)
+            if length >= width // SAMPLING:
+                return (start + length // 2) * SAMPLING, (y + 2) * SAMPLING
+        return None
+
     def icon(self, place, reach=20):
         """The shape of a white icon at a place, whatever moves behind it: its pixels."""
         left, top = ((middle - reach) // SAMPLING for middle in place)
@@ -101,8 +116,9 @@ def longest_run(row, colour, tolerance=18):
 class Person:
     """Plays one round: watches a video for coins and clicks its end card, plays the playable, spends the coins."""
 
-    def __init__(self, screen, game, service, deadline):
-        self.screen, self.game, self.service, self.deadline = screen, game, service, deadline
+    def __init__(self, screen, desktop, game, service, deadline):
+        self.screen, self.desktop, self.deadline = screen, desktop, deadline
+        self.game, self.service = game, service
 
     def until(self, what, condition):
         return self.deadline.wait(what, condition, alive=self.game)
@@ -204,16 +220,48 @@ class Person:
         self.spend(2)
         screen.photograph("14-lighthouse")
 
+    def take_the_special_offer(self):
+        screen = self.screen
+        screen.press("ctrl+Left")  # the device is held upright again
+        wall, special = self.page_buttons()
+        screen.click(special)
+        self.counted("impression", 3)
+        offer = self.button("Get the offer", GET_IT_RED)
+        screen.photograph("15-special-offer")
+        screen.click(offer)
+        self.until("the popup to close", lambda: self.game.notes(what="showRewardablePopup"))
+        self.until("the desktop to be asked", lambda: len(self.desktop.opened()) == 1)
+        return wall
+
+    def look_at_the_wall(self, wall):
+        screen = self.screen
+        self.until("the game to be back", lambda: screen.find(PAGE_AQUA, 130))
+        screen.click(wall)
+        self.until("the wall to be asked for", lambda: self.service.was_asked_for("/ioswidget/"))
+        self.until("the wall to be seen", lambda: screen.find_topmost(GET_IT_RED, 40))
+        screen.photograph("16-offer-wall")
+        screen.click(screen.find_topmost(GET_IT_RED, 40))
+        self.until("the wall to close", lambda: self.game.notes(what="showOfferWall"))
+        self.until("the desktop to be asked", lambda: len(self.desktop.opened()) == 2)
+        screen.write("17-what-the-desktop-was-asked-to-open", self.desktop.opened())
+
+    def page_buttons(self):
+        """The two buttons side by side."""
+        x, y = self.until("the button \"Offers\" to be seen", lambda: self.screen.find_topmost(PAGE_AQUA, 130))
+        left = x if x < WIDTH // 2 else WIDTH - x
+        return (left, y), (WIDTH - left, y)
+
     def leave(self):
         self.screen.press("ctrl+q")
         self.deadline.wait("the game to end", lambda: self.game.exit_code is not None)
 
 
-def play(screen, game, service, deadline):
-    person = Person(screen, game, service, deadline)
+def play(screen, desktop, game, service, deadline):
+    person = Person(screen, desktop, game, service, deadline)
     print("Playing:", flush=True)
     person.watch_the_video()
     person.click_its_end_card()
     person.play_the_playable()
     person.close_it()
+    person.look_at_the_wall(person.take_the_special_offer())
     person.leave()

@@ -59,10 +59,12 @@ def checks(game, service, service_exit_code, reward):
         ("the delegate heard of two rewards", len(rewards) == 2),
         (f"{reward} coins were paid, twice", len(paid) == 2),
         ("both ads completed once, with success", [note["success"] for note in closed] == ["yes", "yes"]),
-        ("the delegate heard of one click", len(game.notes(who="delegate", what="didReceiveClick")) == 1),
+        ("the delegate heard of three clicks", len(game.notes(who="delegate", what="didReceiveClick")) == 3),
+        *((f"{page} completed once, with success", [note["success"] for note in game.notes(what=what)] == ["yes"])
+          for page, what in {"the special offer": "showRewardablePopup", "the offer wall": "showOfferWall"}.items()),
         *((f"the service counted {kind}: {number}", counts[kind] == number)
-          for kind, number in {"impression": 2, "finished": 2, "click": 1}.items()),
-        ("all of them for the two campaigns shown", len(shown) == 2),
+          for kind, number in {"impression": 3, "finished": 2, "click": 2}.items()),
+        ("all of them for what was shown", len(shown) == 3),
         (f"no request broke a rule of the service{f': {broken}' if broken else ''}", not broken),
         (f"the game ended well (exit code {game.exit_code})", game.exit_code == 0),
         (f"the service ended well (exit code {service_exit_code})", service_exit_code == 0),

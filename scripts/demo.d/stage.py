@@ -139,12 +139,31 @@ class Game(Process):
         return [note for note in self.timeline() if all(note.get(key) == value for key, value in wanted.items())]
 
 
+class Desktop:
+    """What opens web addresses for the game's user: it only writes them down."""
+
+    def __init__(self, out, home):
+        self.list = out / "opened.txt"
+        self.list.unlink(missing_ok=True)
+        applications = home / "data/applications"
+        applications.mkdir(parents=True, exist_ok=True)
+        (applications / "browser.desktop").write_text(
+            "[Desktop Entry]\nType=Application\nName=Browser\n"
+            f"Exec=sh -c 'echo \"$1\" >> \"{self.list}\"' browser %u\nMimeType=x-scheme-handler/http;\n")
+        (home / "config").mkdir(parents=True, exist_ok=True)
+        (home / "config/mimeapps.list").write_text(
+            "[Default Applications]\nx-scheme-handler/http=browser.desktop\n")
+
+    def opened(self):
+        return self.list.read_text().splitlines() if self.list.exists() else []
+
+
 class Stage:
     def __init__(self, build, out):
         self.build, self.out = build.resolve(), out.resolve()
         self.processes = []
         self.service = self.game = None
-        self.display = None
+        self.display = self.desktop = None
 
     def __enter__(self):
         for old in self.out.glob("*.png"):
@@ -197,6 +216,7 @@ class Stage:
             env[variable] = str(home / folder)
         env["GST_REGISTRY"] = str(self.out / "gst-registry.bin")  # kept: making it takes seconds
         if self.display:
+            self.desktop = Desktop(self.out, home)
             self.adapt_to_virtual_display(env, home)
         if subprocess.run(["unshare", "--user", "true"], stderr=subprocess.DEVNULL, check=False).returncode:
             # Without user namespaces, as in some containers, the page process cannot be confined and would not start.
