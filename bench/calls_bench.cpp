@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <nlohmann/json.hpp>
+#include <string>
 #include <vector>
 
 #include "bench_world.hpp"
+#include "precache/template_page.hpp"
 
 namespace vantorium::bench {
 namespace {
@@ -56,6 +59,22 @@ void isCampaignReady(benchmark::State& state) {
   sdk->shutdown();
 }
 BENCHMARK(isCampaignReady)->Arg(0)->Arg(9'999)->Arg(10'000)->Unit(benchmark::kMicrosecond);
+
+/// A template of 1 MiB, with the braces of styles and scripts, and 200 keys that each occur in it.
+void fillTemplate(benchmark::State& state) {
+  nlohmann::json values;
+  std::string page;
+  for (int key = 0; key < 200; ++key) {
+    const std::string name = "key_" + std::to_string(key);
+    values[name] = "the value of " + name;
+    page += "<p>{{" + name + "}}</p>";
+    while (page.size() < (std::size_t{1} << 20U) * static_cast<std::size_t>(key + 1) / 200)
+      page +=
+          "<style>.a{margin:0}</style><script>f = () => { return {a: 1}; }</script> and text of the page\n";
+  }
+  for (auto _ : state) benchmark::DoNotOptimize(filledTemplate(page, values));
+}
+BENCHMARK(fillTemplate)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace vantorium::bench
