@@ -159,6 +159,17 @@ TEST_F(ShowPages, APopupWithoutAnOfferOrAPageEndsOnTheMainQueue) {
   EXPECT_FALSE(isShowing());
 }
 
+TEST_F(ShowPages, APopupIsFilledFromTheTemplateOfItsCall) {
+  ASSERT_TRUE(world.configure());
+  CacheClient& cache = *world.sdk->client()->cacheClient;
+  cache.setRewardablePopup("<p>{{coins}}</p>");
+  showPopup();
+  cache.setRewardablePopup("replaced");
+  ASSERT_TRUE(host().loop().runUntil([&] { return !host().snapshot().is_null(); }));
+  std::ifstream page(cache.getHTMLPath(cache.getOffer("offer-main")->identifier).value_or(""));
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(page), {}), "<p>120</p>");
+}
+
 TEST_F(ShowPages, ShutdownEndsAPopupThatIsUnderWay) {
   ASSERT_TRUE(world.configure());
   ASSERT_TRUE(precacheTemplate());

@@ -85,7 +85,7 @@ TEST_F(SensorTest, IsReadWhileAnAdIsShown) {
                                                 {"right-up", DeviceOrientation::landscapeLeft},
                                                 {"normal", DeviceOrientation::portrait}}) {
     sensor.turn(edge);
-    EXPECT_TRUE(waitFor([&] { return held() == orientation; })) << edge;
+    EXPECT_TRUE(waitFor([&, expected = orientation] { return held() == expected; })) << edge;
     EXPECT_EQ(host->application().interfaceOrientation(), InterfaceOrientation::portrait);
   }
   screen->dismiss(false);
