@@ -28,7 +28,11 @@ void Ads::retry() {
     setState(placement, State::loading);
     if (isConfigured) load(placement);
   }
-  if (!isConfigured) configure();
+  if (!isConfigured) {
+    configure();
+  } else if (!hasTemplate_) {
+    loadTemplate();
+  }
 }
 
 void Ads::load(const std::string& placement) {
@@ -63,6 +67,7 @@ Vantorium::Completion Ads::closed(std::string placement, std::string what) {
         "completion", what,
         {{"placement", placement}, {"success", success ? "yes" : "no"}, {"error", textOf(error)}});
     self->tellOffers();
+    if (!self->hasTemplate_) self->loadTemplate();
   };
 }
 
@@ -84,7 +89,11 @@ void Ads::didClose(const std::string& placement, bool success, const std::option
 void Ads::didConfigure() {
   timeline_.note("delegate", "didConfigure");
   tellOffers();
-  // What special offers look like; the offer itself is fetched when it is shown.
+  loadTemplate();
+}
+
+/// What special offers look like; the offer itself is fetched when it is shown.
+void Ads::loadTemplate() {
   Vantorium::precacheRewardablePopupTemplate(
       [weak = weak_from_this()](bool success, const std::optional<Error>& error) {
         const auto self = weak.lock();

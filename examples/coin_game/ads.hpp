@@ -48,6 +48,7 @@ class Ads final : public vantorium::VantoriumDelegate, public std::enable_shared
 
   void load(const std::string& placement);
   void configure();
+  void loadTemplate();
   void tellOffers();
   vantorium::Vantorium::Completion closed(std::string placement, std::string what);
   void didClose(const std::string& placement, bool success, const std::optional<vantorium::Error>& error);

@@ -88,7 +88,11 @@ void WebKitEngine::loadRequest(const std::string& url) {
 void WebKitEngine::loadHTML(const std::string& html, const std::string& baseURL) {
   const auto base = URL::parse(baseURL);
   confine(base && base->scheme() == "file" ? base->path() : "", [this, html, baseURL] {
-    webkit_web_view_load_html(view_, html.c_str(), baseURL.empty() ? nullptr : baseURL.c_str());
+    // By its length: a NUL in it does not end the page.
+    GBytes* const bytes = g_bytes_new(html.data(), html.size());
+    webkit_web_view_load_bytes(view_, bytes, "text/html", "UTF-8",
+                               baseURL.empty() ? nullptr : baseURL.c_str());
+    g_bytes_unref(bytes);
   });
 }
 

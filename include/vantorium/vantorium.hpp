@@ -104,12 +104,12 @@ class Vantorium {
 
   /// Shows the service's offer wall, a live page on which the user picks an offer to earn by, over the
   /// application's front screen. Main thread. The placement names the wall to the service; a "clickId" among
-  /// the parameters comes back to the application's own service with what was earned. The delegate hears
+  /// the parameters is sent to the wall as "pub_click_id". The delegate hears
   /// "didReceiveClickForPlacement:" when an offer is opened. The completion is called on the main thread:
   /// with success when the wall has been left, with the page's error when it could not be loaded.
   ///
   /// Refusals call the completion inside this call: as those of `showCampaign`, but for
-  /// `noPrecachedDataToShow`.
+  /// `noPrecachedDataToShow`; `notConfigured` too while no user is known, who comes with a `configure`.
   static void showOfferWall(const std::string& forPlacement,
                             std::optional<VantoriumServerParameter> serverParameter, Completion completion);
   static void showOfferWall(const std::string& forPlacement, Completion completion);
@@ -118,7 +118,8 @@ class Vantorium {
   /// application's front screen. Main thread. The delegate hears "didReceiveClickForPlacement:" when the
   /// offer is taken; the parameters travel with the click's report. The completion is called on the main
   /// thread: with success when the popup has been closed, with the service's or the network's error when
-  /// there is no offer, with the disk's when its page cannot be written.
+  /// there is no offer, with the disk's when its page cannot be written, with `internalError` when no window
+  /// can take the popup, its page is too large, its window is closed or the SDK is shut down.
   ///
   /// Refusals call the completion inside this call: `notConfigured`; `noPrecachedDataToShow` before
   /// `precacheRewardablePopupTemplate` has succeeded; `functionInProgress` while an ad is prepared or shown;
@@ -128,7 +129,8 @@ class Vantorium {
                                   Completion completion);
   static void showRewardablePopup(const std::string& forPlacement, Completion completion);
 
-  /// Fetches the template of rewardable popups, once per process; reports success at once when it is there.
+  /// Fetches the template of rewardable popups, unless it is there already. Call it again only after its
+  /// completion: of calls under way at the same time the last answer counts, a failure too.
   /// Fails with `notConfigured`, else with the service's or the network's error; it may be tried again then.
   static void precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, Completion completion);
   static void precacheRewardablePopupTemplate(Completion completion);

@@ -15,10 +15,7 @@ constexpr const char* templateIsMissing =
     "Rewardable Popup is not precached. Call precacheRewardablePopupTemplate function first.";
 
 void stopShowing(SdkContext& context) {
-  context.updateFlags([](SdkContext::Flags& flags) {
-    flags.isShowingAds = false;
-    flags.showingPlacement.reset();
-  });
+  context.updateFlags([](SdkContext::Flags& flags) { flags.isShowingAds = false; });
 }
 
 }  // namespace
@@ -80,15 +77,20 @@ void Sdk::showCampaign(const std::string& forPlacement,
     return;
   }
   beginShowing(forPlacement);
+  Completion ended = [context = context_, completion = std::move(completion)](
+                         bool success, const std::optional<Error>& error) {
+    context->updateFlags([](SdkContext::Flags& flags) { flags.showingPlacement.reset(); });
+    completion(success, error);
+  };
   const auto replenish = [precacher = std::weak_ptr(precacher())](const std::string& placement) {
     if (const auto alive = precacher.lock())
       alive->precacheCampaigns(placement, nullptr, [](bool, auto&&) {});
   };
   const auto screen = std::make_shared<CampaignVC>(client(), forPlacement, replenish);
   if (screen->campaign()) {
-    show(screen, std::move(serverParameter), std::move(completion));
+    show(screen, std::move(serverParameter), std::move(ended));
   } else {
-    failToShow(VantoriumError::noPrecachedDataToShow(), completion);
+    failToShow(VantoriumError::noPrecachedDataToShow(), ended);
   }
 }
 
@@ -125,28 +127,21 @@ void Sdk::showRewardablePopup(const std::string& forPlacement,
     return;
   }
   beginShowing(std::nullopt);
-  const auto fail = [context = context_, completion](const std::optional<Error>& error) {
-    stopShowing(*context);
-    completion(false, error);
-  };
   client()->httpClient->getRewardableOffer(
-      forPlacement, [self = shared_from_this(), forPlacement, html, fail, completion,
+      forPlacement, [self = shared_from_this(), forPlacement, html, completion = std::move(completion),
                      serverParameter = std::move(serverParameter)](
                         const std::shared_ptr<RewardableOffer>& offer, const std::optional<Error>& error) {
-        if (!offer) {
-          if (error) self->context_->logError(error->errorMessage());
-          self->context_->onMain([fail, error] { fail(error); });
+        std::optional<Error> flaw = error;
+        if (!offer && error) self->context_->logError(error->errorMessage());
+        if (offer) flaw = RewardablePopupController(self->client(), offer).prepare(forPlacement, *html);
+        if (!offer || flaw) {
+          stopShowing(*self->context_);
+          self->context_->onMain([completion, flaw] { completion(false, flaw); });
           return;
         }
-        RewardablePopupController(self->client(), offer)
-            .prepare(forPlacement, *html,
-                     [self, forPlacement, serverParameter, fail, completion](bool success, const auto& flaw) {
-                       if (success) {
-                         self->showPreparedPopup(forPlacement, serverParameter, completion);
-                       } else {
-                         fail(flaw);
-                       }
-                     });
+        self->context_->onMain([self, forPlacement, serverParameter, completion] {
+          self->showPreparedPopup(forPlacement, serverParameter, completion);
+        });
       });
 }
 

@@ -15,26 +15,27 @@ std::optional<std::string> RewardablePopupController::processHTML(std::string ht
   return filledTemplate(std::move(html), offer_->offer);
 }
 
-void RewardablePopupController::prepare(const std::string& placementID, const std::string& html,
-                                        Completion completion) const {
+std::optional<Error> RewardablePopupController::prepare(const std::string& placementID,
+                                                        const std::string& html) const {
   SdkContext& context = *client_->context;
   context.printLog("Rewardable Offer entity successufully fetched from server. Placement id: " + placementID);
   context.printLog("Trying to update HTML template with Rewardable Offer data. Placement id: " + placementID);
-  const auto error = writePage(html);
+  auto error = writePage(html);
   if (error) {
     context.logError(error->errorMessage());
-  } else {
-    context.printLog("HTML page for Rewardable Offer is prepared. Placement id: " + placementID);
-    client_->cacheClient->add(offer_, placementID);
+    return error;
   }
-  context.onMain([completion = std::move(completion), error] { completion(!error, error); });
+  context.printLog("HTML page for Rewardable Offer is prepared. Placement id: " + placementID);
+  client_->cacheClient->add(offer_, placementID);
+  return std::nullopt;
 }
 
 std::optional<Error> RewardablePopupController::writePage(const std::string& html) const {
   const auto page = processHTML(html);
   if (!page) {
     return VantoriumError::internalError(fmt::format(
-        "Can't fill the rewardable popup: its page would have more than {} bytes. Serve a smaller one.",
+        "Can't fill the rewardable popup: its page would have more than {} bytes, or takes too long. Serve a "
+        "smaller template or offer.",
         largestPage));
   }
   const std::filesystem::path folder = client_->cacheClient->getFolderPath(offer_->identifier);

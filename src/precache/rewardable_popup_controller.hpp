@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,17 +15,15 @@ namespace vantorium {
 /// one at a time.
 class RewardablePopupController {
  public:
-  using Completion = std::function<void(bool success, std::optional<Error> error)>;
-
   RewardablePopupController(std::shared_ptr<Client> client, std::shared_ptr<RewardableOffer> offer)
       : client_(std::move(client)), offer_(std::move(offer)) {}
 
-  /// The template with the offer's values in it. None when the page would have more than `largestPage` bytes.
+  /// The template with the offer's values in it. None when `filledTemplate` gives up.
   std::optional<std::string> processHTML(std::string html) const;
 
-  /// Writes the page to the cache, on the calling thread, and keeps the offer for the placement. Completes
-  /// later on the main queue; a failure is reported, and leaves the offer out.
-  void prepare(const std::string& placementID, const std::string& html, Completion completion) const;
+  /// Writes the page to the cache, on the calling thread, and keeps the offer for the placement. Returns the
+  /// failure, reported; the offer is then left out.
+  std::optional<Error> prepare(const std::string& placementID, const std::string& html) const;
 
  private:
   std::optional<Error> writePage(const std::string& html) const;

@@ -20,6 +20,8 @@ namespace vantorium {
 namespace {
 
 constexpr std::string_view opening = "{{";
+/// Openings to look at and, in units of 64, bytes to copy.
+constexpr std::uint64_t mostWork = 400'000'000;
 
 /// A page that knows where its "{{" are, so that a pass for one entry looks at those alone.
 class TemplatePage {
@@ -28,8 +30,10 @@ class TemplatePage {
 
   const std::string& text() const { return text_; }
 
-  /// Replaces every `placeholder`, which begins with an opening; whether the page stays within bounds.
+  /// Replaces every `placeholder`, which begins with an opening; whether page and work stay within bounds.
   bool replaceAll(std::string_view placeholder, std::string_view value) {
+    work_ += openings_.size();
+    if (work_ > mostWork) return false;
     TemplatePage filled;
     filled.text_.reserve(text_.size() + value.size());
     std::size_t from = 0;
@@ -42,6 +46,7 @@ class TemplatePage {
     }
     if (from == 0) return true;  // no placeholder is empty
     filled.appendPart(*this, from, text_.size());
+    filled.work_ = work_ + text_.size() / 64;
     *this = std::move(filled);
     return text_.size() <= largestPage;
   }
@@ -78,6 +83,7 @@ class TemplatePage {
 
   std::string text_;
   std::vector<std::size_t> openings_;
+  std::uint64_t work_ = 0;
 };
 
 /// None for a kind of value that fills nothing.

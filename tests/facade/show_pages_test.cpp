@@ -32,7 +32,9 @@ struct ShowPages : ::testing::Test {
   }
   bool popupShowing() {
     if (!world.configure() || !precacheTemplate()) return false;
-    showPopup();
+    VantoriumServerParameter parameter;
+    parameter.parameters = std::map<std::string, std::string>{{"level", "3"}};
+    showPopup(parameter);
     return host().loop().runUntil([&] { return !host().snapshot().is_null(); }, Seconds{10});
   }
   bool awaitShown() {
@@ -58,9 +60,13 @@ TEST_F(ShowPages, RefuseInsideTheCallInOrder) {
   showWall();
   EXPECT_EQ(lastLine(), refused(VantoriumError::noInternetConnection()));
   host().reachability().setState({});
-  ASSERT_TRUE(precacheTemplate());
   showWall();
   EXPECT_TRUE(isShowing());
+  showPopup();
+  EXPECT_TRUE(lastLine().starts_with("show false Rewardable Popup is not precached."))
+      << "before what is shown";
+  ASSERT_TRUE(precacheTemplate());
+  EXPECT_EQ(world.requests("/api/logError"), 0U) << "refusals are not reported";
   for (const auto show : {&ShowPages::showWall, &ShowPages::showPopup}) {
     (this->*show)({});
     EXPECT_EQ(lastLine(), refused(VantoriumError::functionInProgress()));
@@ -72,6 +78,19 @@ TEST_F(ShowPages, RefuseInsideTheCallInOrder) {
   EXPECT_FALSE(isShowing());
   std::thread([&] { showPopup(); }).join();
   EXPECT_TRUE(lastLine().starts_with("show false Ads are shown from the main thread."));
+}
+
+TEST_F(ShowPages, TheWallNeedsAUserAndLeavesTheCampaignsPlacement) {
+  world.sdk->context()->updateFlags([](SdkContext::Flags& flags) { flags.isConfigured = true; });
+  showWall();
+  EXPECT_EQ(lastLine(), refused(VantoriumError::notConfigured()));
+  world.sdk->context()->updateFlags([](SdkContext::Flags& flags) { flags.isConfigured = false; });
+  ASSERT_TRUE(world.configure());
+  world.sdk->context()->updateFlags([](SdkContext::Flags& flags) { flags.showingPlacement = "p"; });
+  showWall();
+  host().navigate("closead:");
+  EXPECT_EQ(lastLine(), "show true");
+  EXPECT_EQ(world.sdk->context()->flags().showingPlacement, "p");
 }
 
 TEST_F(ShowPages, WithoutAMonitorTheWallIsRefusedAndThePopupIsNot) {
@@ -108,12 +127,26 @@ TEST_F(ShowPages, ThePopupIsFilledCountedClickedAndOpened) {
   EXPECT_EQ(host().snapshot()["screen"], "RewardablePopupVC");
   const json load = host().awaitEvent({{"event", "load"}, {"kind", "html"}});
   EXPECT_TRUE(load["base"].get<std::string>().ends_with("/"));
+  std::ifstream file(load["base"].get<std::string>().substr(7) + "index.html");
+  const std::string page(std::istreambuf_iterator<char>(file), {});
+  EXPECT_NE(page.find("Sail out with Sky Harbor"), std::string::npos);
+  EXPECT_NE(page.find("120"), std::string::npos);
+  EXPECT_EQ(page.find("{{"), std::string::npos);
+  for (const char* line :
+       {"Rewardable Offer entity successufully fetched from server. Placement id: offer-main",
+        "Trying to update HTML template with Rewardable Offer data. Placement id: offer-main",
+        "HTML page for Rewardable Offer is prepared. Placement id: offer-main"})
+    EXPECT_NE(world.sdk->context()->log().find(std::string(" : ") + line + "\n"), std::string::npos) << line;
   ASSERT_TRUE(world.awaitEvents("impression"));
   host().navigate("CLICK://whatever?the=page&says");
   EXPECT_EQ(world.lines[world.lines.size() - 2], "didReceiveClick offer-main");
   EXPECT_EQ(lastLine(), "show true");
   ASSERT_TRUE(world.awaitEvents("click"));
-  EXPECT_FALSE(host().awaitEvent({{"event", "openURL"}}, 1).is_null());
+  EXPECT_FALSE(opened(world.server.baseURL() + "/track/sky-harbor.html?offer=popup").is_null());
+  const auto isClick = [](const json& request) {
+    return request["target"].get<std::string>().ends_with("/click?level=3&");
+  };
+  EXPECT_TRUE(world.server.waitForRequest(isClick)) << "with the parameters";
   EXPECT_FALSE(isShowing());
   EXPECT_TRUE(host().snapshot().is_null());
   EXPECT_EQ(world.events("impression"), 1U);
@@ -140,6 +173,10 @@ TEST_F(ShowPages, APopupWithoutAnOfferOrAPageEndsOnTheMainQueue) {
   ASSERT_TRUE(awaitShown());
   EXPECT_EQ(lastLine(), "show false No offers available. Domain: com.vantorium Code: 2");
   EXPECT_FALSE(isShowing());
+  EXPECT_TRUE(world.server.waitForRequest([](const json& request) {
+    return request["target"] == "/api/logError" &&
+           request["body"]["log"].get<std::string>().starts_with("No offers available.");
+  }));
 
   // An offer of the wrong types is an offer without values; its click leads nowhere and still closes.
   world.server.setFaults({{"path", "/api/offers/"}, {"fault", "wrongTypes"}, {"where", "fields"}});

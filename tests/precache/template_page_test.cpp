@@ -55,6 +55,7 @@ TEST(TemplatePageTest, StaysWithinBounds) {
   json many = json::object();
   for (int number = 0; number < 10'000; ++number) many["key" + std::to_string(number)] = number;
   EXPECT_EQ(filledTemplate("{{key9999}}", many), "9999");
+  EXPECT_FALSE(filledTemplate(std::string(std::size_t{1} << 20U, '{'), many)) << "too much to look at";
 }
 
 }  // namespace
