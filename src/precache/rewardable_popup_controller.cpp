@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <filesystem>
-#include <utility>
 
 #include "platform/foundation/files.hpp"
 #include "precache/end_card_page.hpp"
@@ -11,8 +10,8 @@
 
 namespace vantorium {
 
-std::optional<std::string> RewardablePopupController::processHTML(std::string html) const {
-  return filledTemplate(std::move(html), offer_->offer);
+std::optional<std::string> RewardablePopupController::processHTML(const std::string& html) const {
+  return filledTemplate(html, offer_->offer);
 }
 
 std::optional<Error> RewardablePopupController::prepare(const std::string& placementID,

@@ -19,7 +19,7 @@ class RewardablePopupController {
       : client_(std::move(client)), offer_(std::move(offer)) {}
 
   /// The template with the offer's values in it. None when `filledTemplate` gives up.
-  std::optional<std::string> processHTML(std::string html) const;
+  std::optional<std::string> processHTML(const std::string& html) const;
 
   /// Writes the page to the cache, on the calling thread, and keeps the offer for the placement. Returns the
   /// failure, reported; the offer is then left out.

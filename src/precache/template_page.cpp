@@ -101,7 +101,7 @@ std::optional<std::string> textOf(const nlohmann::json& value) {
 
 }  // namespace
 
-std::optional<std::string> filledTemplate(std::string page, const nlohmann::json& values) {
+std::optional<std::string> filledTemplate(const std::string& page, const nlohmann::json& values) {
   if (page.size() > largestPage) return std::nullopt;
   TemplatePage filled(page);
   for (const auto& [key, value] : values.items()) {

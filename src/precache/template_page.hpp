@@ -11,6 +11,6 @@ namespace vantorium {
 /// reads back as the same number. Entries of other kinds leave their placeholders. None when the page is
 /// larger than `largestPage` or would become
 /// so, or when filling it takes unreasonably long: about two seconds.
-std::optional<std::string> filledTemplate(std::string page, const nlohmann::json& values);
+std::optional<std::string> filledTemplate(const std::string& page, const nlohmann::json& values);
 
 }  // namespace vantorium
