@@ -28,7 +28,8 @@ void settle() {
 }
 
 DesktopTest::DesktopTest() {
-  host = std::make_shared<gtk::DesktopHost>(gtk::HostOptions{.applicationID = "com.vantorium.tests"});
+  host = std::make_shared<gtk::DesktopHost>(
+      gtk::HostOptions{.applicationID = "com.vantorium.tests", .treatLoopbackAsOnline = true});
   window.set_default_size(400, 600);
   window.set_child(content);
   gtk::attach(*host, window);
