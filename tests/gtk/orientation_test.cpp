@@ -78,7 +78,7 @@ TEST_F(SensorTest, IsReadWhileAnAdIsShown) {
   EXPECT_EQ(held(), DeviceOrientation::unknown) << "nobody asked yet";
   present(screen);
   ASSERT_TRUE(waitFor([&] { return held() == DeviceOrientation::portrait; }));
-  EXPECT_EQ(sensor.claims, 1);
+  EXPECT_TRUE(waitFor([&] { return sensor.claims == 1; }));
   // The window stays upright, whatever its device does: it is the ad that follows.
   for (const auto& [edge, orientation] :
        std::map<std::string, DeviceOrientation>{{"left-up", DeviceOrientation::landscapeRight},
