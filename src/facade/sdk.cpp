@@ -43,7 +43,7 @@ void Sdk::makeServices() {
     isInUse_ = true;
     configuration = configuration_;
   }
-  const auto client = std::make_shared<Client>(context_, std::move(configuration));
+  const auto client = std::make_shared<Client>(context_, configuration);
   const auto precacher = std::make_shared<CampaignPrecacher>(client);
   MutexLock lock(mutex_);
   client_ = client;

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "platform/ui/interface_file.hpp"
-
 namespace vantorium {
 
 PageViewController::PageViewController(std::shared_ptr<Client> client)

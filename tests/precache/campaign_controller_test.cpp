@@ -1,22 +1,16 @@
-#include "precache/campaign_controller.hpp"
-
 #include <gtest/gtest.h>
 
 #include "precache/end_card_page.hpp"
-#include "support/service_world.hpp"
+#include "support/controller_test.hpp"
 
 namespace vantorium {
 namespace {
 
 using nlohmann::json;
 
-class CampaignControllerTest : public ::testing::Test {
+class CampaignControllerTest : public testing::ControllerTest {
  protected:
-  using Outcome = testing::Outcome<bool, std::optional<Error>>;
-  using Result = std::tuple<bool, std::optional<Error>>;
-
   void SetUp() override {
-    world_.context->updateFlags([](SdkContext::Flags& flags) { flags.isTestMode = true; });
     for (const auto& [path, body] :
          std::map<std::string, std::string>{{"/v/film.mp4", std::string(2500, 'v')},
                                             {"/static/html/card.html", page()},
@@ -38,25 +32,12 @@ class CampaignControllerTest : public ::testing::Test {
     return campaign;
   }
 
-  std::shared_ptr<CampaignController> controller(const json& campaign) {
-    return std::make_shared<CampaignController>(std::make_shared<Campaign>(campaign), world_.client(), "p");
-  }
-  /// Precaches on the main queue.
-  Result precache(const std::shared_ptr<CampaignController>& controller) {
-    Outcome outcome;
-    controller->precache(nullptr, outcome.completion());
-    world_.host->loop().runUntil([&] { return outcome.isThere(); });
-    return outcome.get();
-  }
   std::vector<std::string> log() const {
     std::vector<std::string> lines;
     std::istringstream text(world_.context->log());
     for (std::string line; std::getline(text, line);) lines.push_back(line.substr(line.find(" : ") + 3));
     return lines;
   }
-
-  testing::ServiceWorld world_;
-  const Result success_{true, std::nullopt};
 };
 
 TEST_F(CampaignControllerTest, BringsVideoAndEndCardToDisk) {

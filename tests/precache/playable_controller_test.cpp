@@ -3,8 +3,7 @@
 #include <fstream>
 
 #include "archive/zip.hpp"
-#include "precache/campaign_controller.hpp"
-#include "support/service_world.hpp"
+#include "support/controller_test.hpp"
 
 namespace vantorium {
 namespace {
@@ -12,13 +11,9 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 
-class PlayableControllerTest : public ::testing::Test {
+class PlayableControllerTest : public testing::ControllerTest {
  protected:
-  using Outcome = testing::Outcome<bool, std::optional<Error>>;
-  using Result = std::tuple<bool, std::optional<Error>>;
-
   void SetUp() override {
-    world_.context->updateFlags([](SdkContext::Flags& flags) { flags.isTestMode = true; });
     serve("/pkg/game/p.zip", archiveOf({{"game.js", "play()"}, {"art/boat.svg", "boat"}}));
   }
 
@@ -46,21 +41,9 @@ class PlayableControllerTest : public ::testing::Test {
             {"zippedUrl", base + archive}};
   }
 
-  std::shared_ptr<CampaignController> controller(const json& campaign) {
-    return std::make_shared<CampaignController>(std::make_shared<Campaign>(campaign), world_.client(), "p");
-  }
-  Result precache(const std::shared_ptr<CampaignController>& controller) {
-    Outcome outcome;
-    controller->precache(nullptr, outcome.completion());
-    world_.host->loop().runUntil([&] { return outcome.isThere(); });
-    return outcome.get();
-  }
   fs::path folderOf(const std::shared_ptr<CampaignController>& controller) {
     return world_.client()->cacheClient->getFolderPath(controller->campaign()->identifier);
   }
-
-  testing::ServiceWorld world_;
-  const Result success_{true, std::nullopt};
 };
 
 TEST_F(PlayableControllerTest, UnpacksTheArchiveBesideItselfAndWritesTheEntryPage) {
