@@ -34,7 +34,8 @@ json viewJSON(ui::View& view) {
     description["selected"] = button->isSelected();
     description["highlighted"] = button->isHighlighted();
   } else if (auto* const image = dynamic_cast<ui::ImageView*>(&view)) {
-    description["image"] = image->image();
+    description["image"] = image->image() ? image->image()->name() : "";
+    description["highlighted"] = image->isHighlighted();
   } else if (view.className() == std::string("TimerView") || dynamic_cast<ui::Label*>(&view) != nullptr) {
     describeParts(view, description);
   }

@@ -5,16 +5,22 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <vantorium/delegate.hpp>
 #include <vantorium/dispatch_queue.hpp>
 #include <vantorium/error.hpp>
+#include <vantorium/native_ad.hpp>
 #include <vantorium/options.hpp>
 #include <vantorium/parameters.hpp>
 
 namespace vantorium {
 
 class Host;
+
+/// What the SDK knows of a place for native ads in the application's interface. Opaque: the host's own class
+/// makes it and hands it out, as `gtk::NativeAdView::view` does.
+class VantoriumNativeAdView;
 
 /// For developers of applications and of the SDK: another advertising service than the real one.
 struct DeveloperSettings {
@@ -134,6 +140,52 @@ class Vantorium {
   /// Fails with `notConfigured`, else with the service's or the network's error; it may be tried again then.
   static void precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, Completion completion);
   static void precacheRewardablePopupTemplate(Completion completion);
+
+  using NativeAds = std::vector<std::shared_ptr<VantoriumNativeAd>>;
+  using NativeAdsCompletion = std::function<void(NativeAds ads, std::optional<Error> error)>;
+  using AdOptions = std::vector<std::shared_ptr<VantoriumAdOptions>>;
+
+  /// Fetches native ads for the placement and, unless the options say otherwise, puts their icons and media
+  /// on disk. The ads belong to the caller, and the SDK keeps none of them: use them on the main thread, in
+  /// `queue`'s completion too when that is another queue. Null options stand for fresh ones.
+  ///
+  /// The delegate hears "didPrecacheForPlacement:" or "didFailPrecacheForPlacement:error:", then the
+  /// completion is called on `queue`. Ads beside an error tell that some of their files could not be fetched:
+  /// they can be shown all the same, and their pictures and videos are loaded when they are.
+  ///
+  /// Fails with `notConfigured`, or with `functionInProgress` while ads of any kind are being precached for
+  /// the placement (in both cases the delegate hears nothing); with the service's or the network's error when
+  /// the ads cannot be fetched. There are no ads then.
+  static void precacheNativeAds(const std::string& forPlacement,
+                                std::shared_ptr<VantoriumNativeAdOptions> options,
+                                std::shared_ptr<DispatchQueue> queue, NativeAdsCompletion completion);
+  static void precacheNativeAds(const std::string& forPlacement,
+                                std::shared_ptr<VantoriumNativeAdOptions> options,
+                                NativeAdsCompletion completion);
+  static void precacheNativeAds(const std::string& forPlacement, NativeAdsCompletion completion);
+
+  /// Puts the ad into the view's outlets, in place of the one that was there, and reports its impression once
+  /// the view is on screen. Of the options, `VantoriumMediaViewOptions` are for the media view and
+  /// `VantoriumServerParameter` is sent with the report of a click; both stay with the view. Main thread; the
+  /// completion is called inside this call, with success when the view is filled.
+  ///
+  /// Fails with `notConfigured`, or with `internalError` on another thread than the main one and when the
+  /// view or the ad is null. The view is as it was then.
+  static void populateNativeAdView(const std::shared_ptr<VantoriumNativeAdView>& view,
+                                   const std::shared_ptr<VantoriumNativeAd>& with, const AdOptions& options,
+                                   Completion completion);
+  static void populateNativeAdView(const std::shared_ptr<VantoriumNativeAdView>& view,
+                                   const std::shared_ptr<VantoriumNativeAd>& with, Completion completion);
+
+  /// For applications that draw native ads without a `VantoriumNativeAdView`: each call sends one report, so
+  /// make it once for each ad. Nothing is sent before `configure` succeeded, and nothing tells what became of
+  /// it.
+  static void reportNativeAdImpression(const std::string& impressionID);
+  /// The user followed the ad. The parameters travel with the report.
+  static void reportNativeAdClick(const std::string& impressionID,
+                                  const std::optional<VantoriumServerParameter>& serverParameter);
+  static void reportNativeAdVideoStarted(const std::string& impressionID);
+  static void reportNativeAdVideoEnded(const std::string& impressionID);
 
   /// The diagnostic log so far, each line ended by "\n". Empty unless the service has switched test mode on.
   static std::string getLog();

@@ -19,7 +19,7 @@ const char* flawOf(std::string_view path) {
   int depth = 0;
   while (!path.empty()) {
     const std::string_view component = path.substr(0, path.find_first_of("/\\"));
-    if (component == "..") return "leaves the folder of its campaign";
+    if (component == "..") return "leaves the folder of its ad";
     if (++depth > deepestFolder) return "is nested too deeply";
     path.remove_prefix(std::min(component.size() + 1, path.size()));
   }
@@ -30,7 +30,7 @@ const char* flawOf(std::string_view path) {
 
 std::optional<Error> checkConfined(const std::string& path, const std::string& basePath,
                                    const std::string& source) {
-  const char* flaw = "leaves the folder of its campaign";
+  const char* flaw = "leaves the folder of its ad";
   if (path.starts_with(basePath + "/")) {
     const std::string inside = path.substr(basePath.size() + 1);
     flaw = flawOf(inside);

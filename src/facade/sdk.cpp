@@ -44,10 +44,13 @@ void Sdk::makeServices() {
     configuration = configuration_;
   }
   const auto client = std::make_shared<Client>(context_, configuration);
-  const auto precacher = std::make_shared<CampaignPrecacher>(client);
+  const auto placements = std::make_shared<PrecachingPlacements>();
+  const auto precacher = std::make_shared<CampaignPrecacher>(client, placements);
+  const auto nativeAdPrecacher = std::make_shared<NativeAdPrecacher>(client, placements);
   MutexLock lock(mutex_);
   client_ = client;
   precacher_ = precacher;
+  nativeAdPrecacher_ = nativeAdPrecacher;
 }
 
 std::shared_ptr<Client> Sdk::client() {
@@ -60,6 +63,12 @@ std::shared_ptr<CampaignPrecacher> Sdk::precacher() {
   std::call_once(servicesMade_, [this] { makeServices(); });
   MutexLock lock(mutex_);
   return precacher_;
+}
+
+std::shared_ptr<NativeAdPrecacher> Sdk::nativeAdPrecacher() {
+  std::call_once(servicesMade_, [this] { makeServices(); });
+  MutexLock lock(mutex_);
+  return nativeAdPrecacher_;
 }
 
 void Sdk::uploadError(const std::string& text) {

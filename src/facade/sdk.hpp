@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <vantorium/dispatch_queue.hpp>
 #include <vantorium/error.hpp>
@@ -16,16 +17,19 @@
 #include "context/sdk_context.hpp"
 #include "platform/foundation/thread_annotations.hpp"
 #include "precache/campaign_precacher.hpp"
+#include "precache/native_ad_precacher.hpp"
 
 namespace vantorium {
 
 class BaseViewController;
+class VantoriumNativeAdView;
 
 /// The whole SDK as one object: what the static facade forwards to, and what tests make for themselves. Made
 /// with `Sdk::make` on the main thread, ended with `shutdown`.
 class Sdk : public std::enable_shared_from_this<Sdk> {
  public:
   using Completion = std::function<void(bool success, std::optional<Error> error)>;
+  using AdOptions = std::vector<std::shared_ptr<VantoriumAdOptions>>;
 
   static std::shared_ptr<Sdk> make(std::shared_ptr<Host> host);
   explicit Sdk(std::shared_ptr<Host> host);
@@ -52,6 +56,17 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
                            std::optional<VantoriumServerParameter> serverParameter, Completion completion);
   void precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, Completion completion);
 
+  void precacheNativeAds(const std::string& forPlacement, std::shared_ptr<VantoriumNativeAdOptions> options,
+                         std::shared_ptr<DispatchQueue> queue, NativeAdPrecacher::Completion completion);
+  void populateNativeAdView(const std::shared_ptr<VantoriumNativeAdView>& view,
+                            const std::shared_ptr<VantoriumNativeAd>& with, const AdOptions& options,
+                            const Completion& completion);
+  void reportNativeAdImpression(const std::string& impressionID);
+  void reportNativeAdClick(const std::string& impressionID,
+                           const std::optional<VantoriumServerParameter>& serverParameter);
+  void reportNativeAdVideoStarted(const std::string& impressionID);
+  void reportNativeAdVideoEnded(const std::string& impressionID);
+
   /// Takes a screen that is shown away, ends every exchange with its one completion and stops the network,
   /// within a second. The SDK is not to be used afterwards. Main thread; may be called twice.
   void shutdown() EXCLUDES(mutex_);
@@ -66,6 +81,8 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
 
   void wire();
   std::shared_ptr<CampaignPrecacher> precacher() EXCLUDES(mutex_);
+  std::shared_ptr<NativeAdPrecacher> nativeAdPrecacher() EXCLUDES(mutex_);
+  bool isOnMainThread() const { return std::this_thread::get_id() == mainThread_; }
   void makeServices() EXCLUDES(mutex_);
   void didSetUp(const Identity& identity, const std::shared_ptr<DispatchQueue>& queue,
                 const Completion& completion, bool success,
@@ -97,6 +114,7 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
   ServiceConfiguration configuration_ GUARDED_BY(mutex_);
   std::shared_ptr<Client> client_ GUARDED_BY(mutex_);
   std::shared_ptr<CampaignPrecacher> precacher_ GUARDED_BY(mutex_);
+  std::shared_ptr<NativeAdPrecacher> nativeAdPrecacher_ GUARDED_BY(mutex_);
   std::optional<Identity> identity_ GUARDED_BY(mutex_);  ///< of the last completed init exchange
 };
 

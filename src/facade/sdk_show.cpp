@@ -25,7 +25,7 @@ Error Sdk::shutDownWhileShowing() {
 }
 
 std::optional<Error> Sdk::refusalToShow() const {
-  if (std::this_thread::get_id() != mainThread_) {
+  if (!isOnMainThread()) {
     return VantoriumError::internalError("Ads are shown from the main thread. Call this function there.");
   }
   if (context_->flags().isShowingAds) return VantoriumError::functionInProgress();

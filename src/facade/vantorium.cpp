@@ -183,6 +183,56 @@ void Vantorium::precacheRewardablePopupTemplate(Completion completion) {
   precacheRewardablePopupTemplate(nullptr, std::move(completion));
 }
 
+void Vantorium::precacheNativeAds(const std::string& forPlacement,
+                                  std::shared_ptr<VantoriumNativeAdOptions> options,
+                                  std::shared_ptr<DispatchQueue> queue, NativeAdsCompletion completion) {
+  if (!completion) completion = [](const NativeAds&, const std::optional<Error>&) {};
+  if (const auto sdk = Process::shared().sdk()) {
+    sdk->precacheNativeAds(forPlacement, std::move(options), std::move(queue), std::move(completion));
+  } else {
+    completion({}, noHost());
+  }
+}
+
+void Vantorium::precacheNativeAds(const std::string& forPlacement,
+                                  std::shared_ptr<VantoriumNativeAdOptions> options,
+                                  NativeAdsCompletion completion) {
+  precacheNativeAds(forPlacement, std::move(options), nullptr, std::move(completion));
+}
+
+void Vantorium::precacheNativeAds(const std::string& forPlacement, NativeAdsCompletion completion) {
+  precacheNativeAds(forPlacement, nullptr, nullptr, std::move(completion));
+}
+
+void Vantorium::populateNativeAdView(const std::shared_ptr<VantoriumNativeAdView>& view,
+                                     const std::shared_ptr<VantoriumNativeAd>& with, const AdOptions& options,
+                                     Completion completion) {
+  withSdk(std::move(completion),
+          [&](Sdk& sdk, const Completion& answer) { sdk.populateNativeAdView(view, with, options, answer); });
+}
+
+void Vantorium::populateNativeAdView(const std::shared_ptr<VantoriumNativeAdView>& view,
+                                     const std::shared_ptr<VantoriumNativeAd>& with, Completion completion) {
+  populateNativeAdView(view, with, {}, std::move(completion));
+}
+
+void Vantorium::reportNativeAdImpression(const std::string& impressionID) {
+  if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdImpression(impressionID);
+}
+
+void Vantorium::reportNativeAdClick(const std::string& impressionID,
+                                    const std::optional<VantoriumServerParameter>& serverParameter) {
+  if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdClick(impressionID, serverParameter);
+}
+
+void Vantorium::reportNativeAdVideoStarted(const std::string& impressionID) {
+  if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdVideoStarted(impressionID);
+}
+
+void Vantorium::reportNativeAdVideoEnded(const std::string& impressionID) {
+  if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdVideoEnded(impressionID);
+}
+
 std::string Vantorium::getLog() {
   const auto sdk = Process::shared().sdk();
   return sdk ? sdk->context()->log() : std::string();

@@ -31,8 +31,9 @@ struct CampaignPrecacher::Pass {
   std::optional<Error> lastError GUARDED_BY(mutex);
 };
 
-CampaignPrecacher::CampaignPrecacher(std::shared_ptr<Client> client)
-    : client_(std::move(client)), context_(client_->context) {}
+CampaignPrecacher::CampaignPrecacher(std::shared_ptr<Client> client,
+                                     std::shared_ptr<PrecachingPlacements> placements)
+    : client_(std::move(client)), context_(client_->context), precachingPlacements_(std::move(placements)) {}
 
 void CampaignPrecacher::refuse(const std::string& placement, const std::shared_ptr<DispatchQueue>& queue,
                                const Error& error, Completion completion) const {
@@ -40,23 +41,6 @@ void CampaignPrecacher::refuse(const std::string& placement, const std::shared_p
     delegate.didFailPrecache(placement, error);
   });
   context_->onQueue(queue, [completion = std::move(completion), error] { completion(false, error); });
-}
-
-// One step: a placement that is ready must not look under way to others, however short.
-CampaignPrecacher::Beginning CampaignPrecacher::beginPrecaching(const std::string& placement) {
-  MutexLock lock(mutex_);
-  const auto begin = precachingPlacements_.begin();
-  const auto end = precachingPlacements_.end();
-  if (std::find(begin, end, placement) != end) return Beginning::underWay;
-  if (!needsFetch(placement)) return Beginning::ready;
-  precachingPlacements_.push_back(placement);
-  return Beginning::begun;
-}
-
-void CampaignPrecacher::endPrecaching(const std::string& placement) {
-  MutexLock lock(mutex_);
-  const auto entry = std::find(precachingPlacements_.begin(), precachingPlacements_.end(), placement);
-  if (entry != precachingPlacements_.end()) precachingPlacements_.erase(entry);
 }
 
 bool CampaignPrecacher::needsFetch(const std::string& placement) const {
@@ -73,7 +57,9 @@ void CampaignPrecacher::precacheCampaigns(const std::string& forPlacement,
     refuse(forPlacement, queue, VantoriumError::notConfigured(), std::move(completion));
     return;
   }
-  const Beginning beginning = beginPrecaching(forPlacement);
+  using Beginning = PrecachingPlacements::Beginning;
+  const Beginning beginning =
+      precachingPlacements_->begin(forPlacement, [&] { return needsFetch(forPlacement); });
   if (beginning == Beginning::underWay) {
     refuse(forPlacement, queue, VantoriumError::functionInProgress(), std::move(completion));
     return;
@@ -94,7 +80,7 @@ void CampaignPrecacher::precacheCampaigns(const std::string& forPlacement,
 
 void CampaignPrecacher::finish(const std::string& placement, const std::shared_ptr<DispatchQueue>& queue,
                                bool success, const std::optional<Error>& error, Completion completion) {
-  endPrecaching(placement);
+  precachingPlacements_->end(placement);
   const auto method = success ? DelegateMethod::didPrecache : DelegateMethod::didFailPrecache;
   context_->tellDelegate(method, [placement, success, error](VantoriumDelegate& delegate) {
     if (success) {

@@ -11,6 +11,7 @@
 
 #include "client/client.hpp"
 #include "platform/foundation/thread_annotations.hpp"
+#include "precache/precaching_placements.hpp"
 
 namespace vantorium {
 
@@ -20,7 +21,8 @@ class CampaignPrecacher : public std::enable_shared_from_this<CampaignPrecacher>
  public:
   using Completion = std::function<void(bool success, std::optional<Error> error)>;
 
-  explicit CampaignPrecacher(std::shared_ptr<Client> client);
+  /// `placements` is shared with those who precache other kinds of ads.
+  CampaignPrecacher(std::shared_ptr<Client> client, std::shared_ptr<PrecachingPlacements> placements);
 
   /// Precaches a campaign for the placement unless one is ready. The delegate hears of the result on the main
   /// queue, then the completion is called on `queue` (null: the main queue), once.
@@ -43,13 +45,6 @@ class CampaignPrecacher : public std::enable_shared_from_this<CampaignPrecacher>
 
   void refuse(const std::string& placement, const std::shared_ptr<DispatchQueue>& queue, const Error& error,
               Completion completion) const;
-  enum class Beginning {
-    underWay,  ///< it is being precached already
-    ready,     ///< a campaign is there, so there is nothing to do
-    begun,     ///< the placement is marked until `endPrecaching`
-  };
-  Beginning beginPrecaching(const std::string& placement) EXCLUDES(mutex_);
-  void endPrecaching(const std::string& placement) EXCLUDES(mutex_);
   bool needsFetch(const std::string& placement) const;
   void finish(const std::string& placement, const std::shared_ptr<DispatchQueue>& queue, bool success,
               const std::optional<Error>& error, Completion completion) EXCLUDES(mutex_);
@@ -66,8 +61,8 @@ class CampaignPrecacher : public std::enable_shared_from_this<CampaignPrecacher>
 
   const std::shared_ptr<Client> client_;
   const std::shared_ptr<SdkContext> context_;
+  const std::shared_ptr<PrecachingPlacements> precachingPlacements_;
   mutable Mutex mutex_;
-  std::vector<std::string> precachingPlacements_ GUARDED_BY(mutex_);
   std::vector<std::string> autoCachingPlacements_ GUARDED_BY(mutex_);
   std::unique_ptr<Timer> autoCachingTimer_ GUARDED_BY(mutex_);
   int autoCachingTimerCount_ GUARDED_BY(mutex_) = 0;

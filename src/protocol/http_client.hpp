@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -14,6 +15,7 @@
 #include "device/reachability.hpp"
 #include "device/user_defaults.hpp"
 #include "model/campaign.hpp"
+#include "model/native_ad.hpp"
 #include "model/rewardable_offer.hpp"
 #include "platform/foundation/data.hpp"
 #include "platform/foundation/thread_annotations.hpp"
@@ -34,6 +36,8 @@ class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
   using DataCompletion = std::function<void(std::optional<Data> data, std::optional<Error> error)>;
   using CampaignsCompletion =
       std::function<void(std::vector<std::shared_ptr<Campaign>> campaigns, std::optional<Error> error)>;
+  using NativeAdsCompletion =
+      std::function<void(std::vector<std::shared_ptr<VantoriumNativeAd>> ads, std::optional<Error> error)>;
   using OfferCompletion =
       std::function<void(std::shared_ptr<RewardableOffer> offer, std::optional<Error> error)>;
   using TextCompletion = std::function<void(std::optional<std::string> text, std::optional<Error> error)>;
@@ -57,8 +61,16 @@ class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
   /// Fetches whatever is at the URL. The platform is asked to let the download end in the background.
   void downloadFile(const std::string& fromURL, DataCompletion completion);
 
+  /// Fetches what is at the URL, at most so many bytes, as long as it is wanted: dropping the returned task
+  /// cancels it. The completion is called once in any case.
+  [[nodiscard]] std::shared_ptr<void> dataTask(const std::string& withURL, std::uint64_t mostBytes,
+                                               DataCompletion completion);
+
   void getCampaigns(const std::string& forPlacement, int numberOfCampaigns,
                     const std::vector<std::string>& cachedCampaingIDs, const CampaignsCompletion& completion);
+  void getNativeAds(const std::string& placementID, const std::map<std::string, std::string>& parameters,
+                    int numberOfAds, const std::vector<std::string>& cachedNativeAdIDs,
+                    const NativeAdsCompletion& completion);
   /// What the placement's rewardable popup offers at the moment.
   void getRewardableOffer(const std::string& forPlacement, const OfferCompletion& completion);
   /// The template of rewardable popups: whatever text the service sends, up to `largestTemplate` bytes.
@@ -83,6 +95,8 @@ class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
   struct Endpoint;
 
   std::optional<Error> send(const Endpoint& endpoint, HTTPSession::Completion completion);
+  std::string adsURL(const std::string& path, const std::string& placement, int number,
+                     const std::vector<std::string>& cachedIDs) const;
   void ask(const std::string& path, const std::string& placement, const Completion& completion);
   void report(const std::string& forURL, const Completion& completion);
   void setSessionToken(std::optional<std::string> token) EXCLUDES(mutex_);

@@ -37,7 +37,7 @@ const std::map<std::string, std::vector<std::string>> arrows{
     {"screens", {"client"}},
     {"facade", {"precache", "native_ads", "screens"}},
     {"hosts/headless", {"platform"}},
-    {"hosts/gtk", {"platform"}},
+    {"hosts/gtk", {"platform", "native_ads"}},
 };
 
 /// What the core links, by the first part of its headers' names. A toolkit is none of it.
@@ -117,7 +117,7 @@ std::optional<std::string> libraryComplaint(const Include& include) {
 std::optional<std::string> publicComplaint(const Include& include) {
   if (include.quoted) return "is not for applications: public headers include <vantorium/...> alone";
   const bool mayNameToolkit =
-      include.file == "include/vantorium/gtk.hpp" && firstPart(include.target) == "gtkmm";
+      startsWith(include.file, "include/vantorium/gtk") && firstPart(include.target).starts_with("gtkmm");
   if (isStandard(include.target) || firstPart(include.target) == "vantorium" || mayNameToolkit)
     return std::nullopt;
   return "would be needed by every application: public headers include the standard library and "

@@ -27,11 +27,25 @@ std::string serverOf(const std::string& url) {
 HTTPExchanges::HTTPExchanges(CURLM* multi, const HTTPSession::Configuration& configuration, Deliver deliver)
     : multi_(multi), configuration_(configuration), deliver_(std::move(deliver)) {}
 
-void HTTPExchanges::add(HTTPRequest request, HTTPSession::Completion completion) {
+void HTTPExchanges::add(std::uint64_t id, HTTPRequest request, HTTPSession::Completion completion) {
   std::string server = serverOf(request.url);
   Lane& lane = lanes_[server];
-  lane.waiting.push_back({std::move(request), std::move(completion), std::move(server), nullptr});
+  lane.waiting.push_back({id, std::move(request), std::move(completion), std::move(server), nullptr});
   startWaiting(lane);
+}
+
+void HTTPExchanges::cancel(std::uint64_t id) {
+  const auto isMeant = [id](const Exchange& exchange) { return exchange.id == id; };
+  for (const auto& [handle, exchange] : active_) {
+    if (isMeant(exchange)) return finish(handle, CURLE_ABORTED_BY_CALLBACK);
+  }
+  for (auto& [server, lane] : lanes_) {
+    const auto found = std::ranges::find_if(lane.waiting, isMeant);
+    if (found == lane.waiting.end()) continue;
+    Exchange exchange = std::move(*found);
+    lane.waiting.erase(found);
+    return refuse(std::move(exchange), CURLE_ABORTED_BY_CALLBACK);
+  }
 }
 
 void HTTPExchanges::startWaiting(Lane& lane) {

@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
@@ -29,7 +30,9 @@ class HTTPExchanges {
   bool isEmpty() const { return active_.empty(); }
 
   /// Starts it, or lets it wait while too many with its server are under way.
-  void add(HTTPRequest request, HTTPSession::Completion completion);
+  void add(std::uint64_t id, HTTPRequest request, HTTPSession::Completion completion);
+  /// Ends the one that was added by this name, if it has not ended.
+  void cancel(std::uint64_t id);
   /// Ends those that libcurl is done with, and starts others in their place.
   void collectFinished();
   /// Ends those that have been silent for too long; returns the milliseconds until the next one may have
@@ -40,6 +43,7 @@ class HTTPExchanges {
 
  private:
   struct Exchange {
+    std::uint64_t id;
     HTTPRequest request;
     HTTPSession::Completion completion;
     std::string server;                      // scheme, host and port

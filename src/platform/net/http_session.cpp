@@ -47,11 +47,13 @@ class HTTPSession::Impl {
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
 
-  void send(HTTPRequest request, Completion completion) EXCLUDES(mutex_);
+  std::uint64_t send(HTTPRequest request, Completion completion) EXCLUDES(mutex_);
+  void cancel(std::uint64_t exchange) EXCLUDES(mutex_);
   void shutdown() EXCLUDES(mutex_, threadMutex_);
 
  private:
   struct Incoming {
+    std::uint64_t id;
     HTTPRequest request;
     Completion completion;
   };
@@ -72,7 +74,9 @@ class HTTPSession::Impl {
   CURLM* multi_ GUARDED_BY(mutex_);  // the network thread's, for waking it
   bool isStopping_ GUARDED_BY(mutex_) = false;
   CURLcode refusal_ GUARDED_BY(mutex_) = CURLE_ABORTED_BY_CALLBACK;  // of what is sent too late
+  std::uint64_t lastID_ GUARDED_BY(mutex_) = 0;
   std::vector<Incoming> incoming_ GUARDED_BY(mutex_);
+  std::vector<std::uint64_t> cancelled_ GUARDED_BY(mutex_);
 
   Mutex threadMutex_;  // held while the thread is awaited
   std::thread thread_ GUARDED_BY(threadMutex_);
@@ -112,21 +116,28 @@ bool HTTPSession::Impl::startThread(CURLM* multi) {
   }
 }
 
-void HTTPSession::Impl::send(HTTPRequest request, Completion completion) {
-  if (auto error = HTTPTransfer::check(request, configuration_.limits)) {
-    return deliver(std::move(completion), {std::nullopt, std::move(error)});
-  }
-  CURLcode refusal = CURLE_OK;
-  {
+std::uint64_t HTTPSession::Impl::send(HTTPRequest request, Completion completion) {
+  std::uint64_t id = 0;
+  auto error = HTTPTransfer::check(request, configuration_.limits);
+  if (!error) {
     const MutexLock lock(mutex_);
+    id = ++lastID_;
     if (!isStopping_) {
-      incoming_.push_back({std::move(request), std::move(completion)});
+      incoming_.push_back({id, std::move(request), std::move(completion)});
       curl_multi_wakeup(multi_);
-      return;
+      return id;
     }
-    refusal = refusal_;
+    error = httpError(refusal_, request.url, configuration_.limits);
   }
-  deliver(std::move(completion), {std::nullopt, httpError(refusal, request.url, configuration_.limits)});
+  deliver(std::move(completion), {std::nullopt, std::move(error)});
+  return id;
+}
+
+void HTTPSession::Impl::cancel(std::uint64_t exchange) {
+  const MutexLock lock(mutex_);
+  if (isStopping_) return;
+  cancelled_.push_back(exchange);
+  curl_multi_wakeup(multi_);
 }
 
 void HTTPSession::Impl::shutdown() {
@@ -183,13 +194,16 @@ void HTTPSession::Impl::dropConnections(HTTPExchanges& exchanges, CURLM*& multi)
 
 bool HTTPSession::Impl::takeIncoming(HTTPExchanges& exchanges) {
   std::vector<Incoming> incoming;
+  std::vector<std::uint64_t> cancelled;
   bool goesOn = false;
   {
     const MutexLock lock(mutex_);
     incoming.swap(incoming_);
+    cancelled.swap(cancelled_);
     goesOn = !isStopping_;
   }
-  for (auto& one : incoming) exchanges.add(std::move(one.request), std::move(one.completion));
+  for (auto& one : incoming) exchanges.add(one.id, std::move(one.request), std::move(one.completion));
+  for (const std::uint64_t id : cancelled) exchanges.cancel(id);
   return goesOn;
 }
 
@@ -204,9 +218,11 @@ HTTPSession::HTTPSession(Configuration configuration)
 
 HTTPSession::~HTTPSession() = default;
 
-void HTTPSession::send(HTTPRequest request, Completion completion) {
-  impl_->send(std::move(request), std::move(completion));
+std::uint64_t HTTPSession::send(HTTPRequest request, Completion completion) {
+  return impl_->send(std::move(request), std::move(completion));
 }
+
+void HTTPSession::cancel(std::uint64_t exchange) { impl_->cancel(exchange); }
 
 void HTTPSession::shutdown() { impl_->shutdown(); }
 

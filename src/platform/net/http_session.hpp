@@ -22,6 +22,8 @@ struct HTTPRequest {
   /// Sent exactly as given; nothing that describes the sender is added.
   std::vector<std::pair<std::string, std::string>> headers = {};
   std::string body = {};
+  /// The largest body that is of use; none for the session's own bound, which holds in any case.
+  std::optional<std::uint64_t> mostBodyBytes = {};
 };
 
 /// Bounds of one exchange; what exceeds them ends as a transport error.
@@ -59,7 +61,10 @@ class HTTPSession {
 
   /// Sends a request. Any thread; never blocks. The completion is called once, on the session's callback
   /// queue (one at a time, never on the caller's stack).
-  void send(HTTPRequest request, Completion completion);
+  /// Returns the exchange's name for `cancel`.
+  std::uint64_t send(HTTPRequest request, Completion completion);
+  /// Ends the exchange with the error "curl" 42 (cancelled), unless it has ended already. Any thread.
+  void cancel(std::uint64_t exchange);
 
   /// Ends every exchange under way with the error "curl" 42 (cancelled) and stops the network thread, well
   /// within a second whatever the network does. Completions still arrive on the callback queue. Later

@@ -37,6 +37,11 @@ Error headersTooLarge(const std::string& url, const HTTPLimits& limits) {
                                      parsed ? parsed->host() : url, limits.headerBytes));
 }
 
+HTTPLimits limitsOf(const HTTPRequest& request, HTTPLimits limits) {
+  limits.bodyBytes = std::min(limits.bodyBytes, request.mostBodyBytes.value_or(limits.bodyBytes));
+  return limits;
+}
+
 }  // namespace
 
 std::optional<Error> HTTPTransfer::check(const HTTPRequest& request, const HTTPLimits& limits) {
@@ -60,13 +65,13 @@ std::optional<Error> HTTPTransfer::check(const HTTPRequest& request, const HTTPL
 HTTPTransfer::HTTPTransfer(HTTPRequest request, const HTTPSession::Configuration& configuration)
     : request_(std::move(request)),
       configuration_(configuration),
+      limits_(limitsOf(request_, configuration.limits)),
       body_(configuration.spoolDirectory, configuration.limits.spoolAbove),
       handle_(curl_easy_init()) {
   if (handle_) setUp();
 }
 
 void HTTPTransfer::setUp() {
-  const HTTPLimits& limits = configuration_.limits;
   set(CURLOPT_PRIVATE, this);
   set(CURLOPT_ERRORBUFFER, detail_.data());
   set(CURLOPT_NOSIGNAL, 1L);
@@ -74,8 +79,8 @@ void HTTPTransfer::setUp() {
   set(CURLOPT_BUFFERSIZE, receiveBuffer);
   set(CURLOPT_NOPROXY, hostsWithoutProxy().c_str());
   // So that one dead address of several leaves time for the next.
-  set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits.idleTimeout.count()));
-  set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(limits.bodyBytes));
+  set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits_.idleTimeout.count()));
+  set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(limits_.bodyBytes));
 
   set(CURLOPT_HEADERDATA, this);
   set(
@@ -109,7 +114,7 @@ void HTTPTransfer::setUpRequest() {
   set(CURLOPT_PROTOCOLS_STR, protocols);
   set(CURLOPT_REDIR_PROTOCOLS_STR, protocols);
   set(CURLOPT_FOLLOWLOCATION, 1L);
-  set(CURLOPT_MAXREDIRS, static_cast<long>(configuration_.limits.redirects));
+  set(CURLOPT_MAXREDIRS, static_cast<long>(limits_.redirects));
   set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
   // A batch to one server waits for the first handshake, which tells whether one connection carries them all.
   set(CURLOPT_PIPEWAIT, request_.url.starts_with("https:") ? 1L : 0L);
@@ -162,8 +167,7 @@ bool HTTPTransfer::onConnected() {
   curl_easy_getinfo(handle_.get(), CURLINFO_REDIRECT_COUNT, &redirects);
   const bool isSentAgain = ++timesSent_ > redirects + 1;
   if (!isSentAgain || request_.method != "POST") return true;
-  fail(httpError(CURLE_RECV_ERROR, url(), configuration_.limits,
-                 "the connection was closed before the answer"));
+  fail(httpError(CURLE_RECV_ERROR, url(), limits_, "the connection was closed before the answer"));
   return false;
 }
 
@@ -176,14 +180,14 @@ bool HTTPTransfer::onHeader(std::string_view line) {
     isInterim_ = code != std::string_view::npos && line.substr(code + 1).starts_with('1');
   }
   headerBytes_ += line.size();
-  if (headerBytes_ <= configuration_.limits.headerBytes) return true;
-  fail(headersTooLarge(url(), configuration_.limits));
+  if (headerBytes_ <= limits_.headerBytes) return true;
+  fail(headersTooLarge(url(), limits_));
   return false;
 }
 
 bool HTTPTransfer::onBody(std::string_view bytes) {
-  if (bytes.size() > configuration_.limits.bodyBytes - body_.size()) {
-    fail(httpError(CURLE_FILESIZE_EXCEEDED, url(), configuration_.limits));
+  if (bytes.size() > limits_.bodyBytes - body_.size()) {
+    fail(httpError(CURLE_FILESIZE_EXCEEDED, url(), limits_));
     return false;
   }
   failure_ = body_.append(bytes);
@@ -194,8 +198,8 @@ bool HTTPTransfer::onProgress(curl_off_t downloaded, curl_off_t uploaded) {
   if (downloaded + uploaded != moved_) lastByte_ = std::chrono::steady_clock::now();
   moved_ = downloaded + uploaded;
   // The body of a redirect is not for anybody, and must end all the same.
-  if (static_cast<std::uint64_t>(downloaded) <= configuration_.limits.bodyBytes) return true;
-  fail(httpError(CURLE_FILESIZE_EXCEEDED, url(), configuration_.limits));
+  if (static_cast<std::uint64_t>(downloaded) <= limits_.bodyBytes) return true;
+  fail(httpError(CURLE_FILESIZE_EXCEEDED, url(), limits_));
   return false;
 }
 
@@ -209,9 +213,9 @@ HTTPResult HTTPTransfer::finish(CURLcode code) {
   if (failure_) return {std::nullopt, std::move(failure_)};
   // libcurl has no better word for one header line beyond its own bound.
   if (code == CURLE_OUT_OF_MEMORY && headerBytes_ > 0 && body_.size() == 0) {
-    return {std::nullopt, headersTooLarge(url(), configuration_.limits)};
+    return {std::nullopt, headersTooLarge(url(), limits_)};
   }
-  if (code != CURLE_OK) return {std::nullopt, httpError(code, url(), configuration_.limits, detail_.data())};
+  if (code != CURLE_OK) return {std::nullopt, httpError(code, url(), limits_, detail_.data())};
   HTTPResult result;
   result.body = body_.take(result.error);
   return result;

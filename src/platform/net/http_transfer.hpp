@@ -71,6 +71,7 @@ class HTTPTransfer {
 
   const HTTPRequest request_;
   const HTTPSession::Configuration& configuration_;
+  const HTTPLimits limits_;  // the session's, and what the request asks for
   HTTPBody body_;
   std::optional<Error> failure_;
   TimePoint lastByte_ = std::chrono::steady_clock::now();

@@ -33,9 +33,25 @@ void Label::setNumberOfLines(int lines) {
   setNeedsDisplay();
 }
 
-void ImageView::setImage(ImageName image) {
+void ImageView::setImage(std::shared_ptr<const Image> image) {
   if (image == image_) return;
   image_ = std::move(image);
+  setNeedsDisplay();
+}
+
+void ImageView::setHighlightedImage(std::shared_ptr<const Image> image) {
+  highlightedImage_ = std::move(image);
+  setNeedsDisplay();
+}
+
+void ImageView::setHighlighted(bool highlighted) {
+  if (highlighted == highlighted_) return;
+  highlighted_ = highlighted;
+  setNeedsDisplay();
+}
+
+void ImageView::setContentMode(ContentMode mode) {
+  mode_ = mode;
   setNeedsDisplay();
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
+#include "platform/ui/image.hpp"
 #include "platform/ui/view.hpp"
 
 namespace vantorium::ui {
@@ -39,20 +41,36 @@ class Label : public View {
   int lines_ = 1;
 };
 
-/// A picture: a file of the SDK's resource bundle ("icons/close.svg") or, with a leading "/", a file on disk.
-/// Empty for none.
+/// A file of the SDK's resource bundle ("icons/close.svg"). Empty for none.
 using ImageName = std::string;
+
+/// How a picture fills its view: letterboxed, or cropped.
+enum class ContentMode { scaleAspectFit, scaleAspectFill };
 
 class ImageView : public View {
  public:
   using View::View;
   const char* className() const override { return "ImageView"; }
 
-  const ImageName& image() const { return image_; }
-  void setImage(ImageName image);
+  /// The image of the present state; null for none.
+  const std::shared_ptr<const Image>& image() const {
+    return highlighted_ && highlightedImage_ ? highlightedImage_ : image_;
+  }
+  void setImage(std::shared_ptr<const Image> image);
+  void setHighlightedImage(std::shared_ptr<const Image> image);
+  bool isHighlighted() const { return highlighted_; }
+  void setHighlighted(bool highlighted);
+  ContentMode contentMode() const { return mode_; }
+  void setContentMode(ContentMode mode);
+
+  /// What loads the picture that is to be shown here; dropped when another is set, or with the view.
+  void setImageTask(std::shared_ptr<void> task) { task_ = std::move(task); }
 
  private:
-  ImageName image_;
+  std::shared_ptr<const Image> image_, highlightedImage_;
+  bool highlighted_ = false;
+  ContentMode mode_ = ContentMode::scaleAspectFit;
+  std::shared_ptr<void> task_;
 };
 
 /// A control with a title, an image or both, that acts on taps, clicks and the keyboard.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 
 namespace vantorium::ui {
@@ -22,6 +23,12 @@ struct Rect {
   friend bool operator==(const Rect&, const Rect&) = default;
 };
 
+/// Whether the two have some area in common.
+inline bool intersects(const Rect& a, const Rect& b) {
+  return std::min(a.x + a.width, b.x + b.width) > std::max(a.x, b.x) &&
+         std::min(a.y + a.height, b.y + b.height) > std::max(a.y, b.y);
+}
+
 /// Maps (x, y) to (a·x + c·y + tx, b·x + d·y + ty).
 struct AffineTransform {
   double a = 1, b = 0, c = 0, d = 1, tx = 0, ty = 0;
@@ -39,6 +46,7 @@ struct AffineTransform {
     return {std::abs(a) * size.width + std::abs(c) * size.height,
             std::abs(b) * size.width + std::abs(d) * size.height};
   }
+  Point apply(Point p) const { return {a * p.x + c * p.y + tx, b * p.x + d * p.y + ty}; }
   friend bool operator==(const AffineTransform&, const AffineTransform&) = default;
 };
 

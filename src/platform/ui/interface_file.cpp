@@ -46,7 +46,7 @@ class Loader {
     if (auto* const label = dynamic_cast<Label*>(view.get())) applyText(*label, description);
     if (auto* const button = dynamic_cast<Button*>(view.get())) applyButton(*button, description);
     if (auto* const image = dynamic_cast<ImageView*>(view.get()))
-      image->setImage(description.value("image", ""));
+      image->setImage(Image::named(description.value("image", "")));
     connect(view, description);
     for (const json& child : description.value("subviews", json::array())) {
       const std::shared_ptr<View> subview = build(child);

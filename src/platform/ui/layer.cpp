@@ -24,6 +24,10 @@ void Layer::setFrame(Rect frame) {
   if (assign(frame_, frame)) setNeedsDisplay();
 }
 
+void Layer::setHidden(bool hidden) {
+  if (assign(hidden_, hidden)) setNeedsDisplay();
+}
+
 void ShapeLayer::setRoundedRect(Rect rect, double cornerRadius) {
   const bool moved = assign(rect_, rect);
   if (assign(cornerRadius_, cornerRadius) || moved) setNeedsDisplay();
@@ -47,6 +51,10 @@ void ShapeLayer::setRoundCap(bool round) {
 
 void ShapeLayer::setStrokeStart(double fraction) {
   if (assign(strokeStart_, fraction)) setNeedsDisplay();
+}
+
+void PlayerLayer::setPlayer(std::shared_ptr<MediaPlayer> player) {
+  if (assign(player_, player)) setNeedsDisplay();
 }
 
 void PlayerLayer::setVideoGravity(VideoGravity gravity) {

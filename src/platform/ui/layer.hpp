@@ -20,6 +20,8 @@ class Layer {
   /// In the coordinates of the view that holds the layer.
   Rect frame() const { return frame_; }
   void setFrame(Rect frame);
+  bool isHidden() const { return hidden_; }
+  void setHidden(bool hidden);
   View* view() const { return view_; }
 
  protected:
@@ -28,6 +30,7 @@ class Layer {
  private:
   friend class View;
   Rect frame_;
+  bool hidden_ = false;
   View* view_ = nullptr;
 };
 
@@ -72,6 +75,7 @@ class PlayerLayer : public Layer {
   explicit PlayerLayer(std::shared_ptr<MediaPlayer> player) : player_(std::move(player)) {}
 
   const std::shared_ptr<MediaPlayer>& player() const { return player_; }
+  void setPlayer(std::shared_ptr<MediaPlayer> player);
   VideoGravity videoGravity() const { return gravity_; }
   void setVideoGravity(VideoGravity gravity);
 

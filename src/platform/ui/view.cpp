@@ -1,6 +1,7 @@
 #include "platform/ui/view.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 
 #include "platform/ui/view_controller.hpp"
@@ -22,6 +23,20 @@ void View::checkThread() const {
 Rect View::frame() const {
   const Size box = transform_.boundingSize(size_);
   return {center_.x - box.width / 2, center_.y - box.height / 2, box.width, box.height};
+}
+
+Rect View::frameInWindow() const {
+  std::array<Point, 4> corners{{{0, 0}, {size_.width, 0}, {0, size_.height}, {size_.width, size_.height}}};
+  for (const View* each = this; each->superview_ != nullptr; each = each->superview_) {
+    for (Point& corner : corners) {
+      const Point turned =
+          each->transform_.apply({corner.x - each->size_.width / 2, corner.y - each->size_.height / 2});
+      corner = {turned.x + each->center_.x, turned.y + each->center_.y};
+    }
+  }
+  const auto [left, right] = std::minmax({corners[0].x, corners[1].x, corners[2].x, corners[3].x});
+  const auto [top, bottom] = std::minmax({corners[0].y, corners[1].y, corners[2].y, corners[3].y});
+  return {left, top, right - left, bottom - top};
 }
 
 void View::setFrame(Rect frame) {
@@ -85,8 +100,19 @@ void View::addSubview(std::shared_ptr<View> view) {
   if (!view || view.get() == this || view->superview_ == this) return;
   view->removeFromSuperview();
   view->superview_ = this;
-  subviews_.push_back(std::move(view));
+  subviews_.push_back(view);
   setNeedsLayout();
+  if (window() != nullptr) view->tellMovedToWindow();
+}
+
+void View::tellMovedToWindow() {
+  // Copies: whoever hears of it may take views away.
+  const auto self = shared_from_this();
+  const auto subviews = subviews_;
+  didMoveToWindow();
+  for (const auto& subview : subviews) {
+    if (subview->superview_ == this) subview->tellMovedToWindow();
+  }
 }
 
 void View::removeFromSuperview() {
@@ -100,8 +126,10 @@ void View::detach(View& subview) {
                                   [&](const auto& each) { return each.get() == &subview; });
   if (found == subviews_.end()) return;
   const std::shared_ptr<View> kept = *found;
+  const bool wasInWindow = window() != nullptr;
   subviews_.erase(found);
   kept->superview_ = nullptr;
+  if (wasInWindow) kept->tellMovedToWindow();
 }
 
 Window* View::window() const { return superview_ != nullptr ? superview_->window() : nullptr; }

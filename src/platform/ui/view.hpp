@@ -33,6 +33,8 @@ class View : public std::enable_shared_from_this<View> {
   /// sizes its bounds so that the transformed box fits it.
   Rect frame() const;
   void setFrame(Rect frame);
+  /// The box around the view in the coordinates of the root of its tree.
+  Rect frameInWindow() const;
   /// The view's own coordinates: origin zero.
   Rect bounds() const { return {0, 0, size_.width, size_.height}; }
   Point center() const { return center_; }
@@ -63,6 +65,9 @@ class View : public std::enable_shared_from_this<View> {
   View* superview() const { return superview_; }
   /// The window whose tree this view is in; null while it is in none.
   virtual Window* window() const;
+  /// The view, with everything below it, was put into a window, moved to another or taken out of one.
+  /// Overriders call the base.
+  virtual void didMoveToWindow() {}
 
   /// Layers lie behind the subviews. Adding one that is already there changes nothing.
   void addSublayer(std::shared_ptr<Layer> layer);
@@ -98,6 +103,7 @@ class View : public std::enable_shared_from_this<View> {
   friend class Layer;
   friend class ViewController;
   void detach(View& subview);
+  void tellMovedToWindow();
 
   Size size_;
   Point center_;

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vantorium {
+
+namespace ui {
+class Image;
+}
+
+/// One media file of a native ad: a picture or a film.
+///
+/// Records belong to whoever holds them: the SDK fills one in before it hands it out, and afterwards reads
+/// and marks it on the main thread only, when a view shows it. Use them there.
+class VantoriumNativeAdAsset {
+ public:
+  struct Size {
+    double width = 0, height = 0;
+    friend bool operator==(const Size&, const Size&) = default;
+  };
+
+  /// A record of the defaults shown here.
+  VantoriumNativeAdAsset() = default;
+
+  std::string URL;                              ///< where the service keeps the file
+  std::string type;                             ///< "image" or "video"; views pass over anything else
+  Size size;                                    ///< pixels; 0 × 0 unless the service told both
+  std::optional<std::string> filePath;          ///< where precaching saved the file; none if it did not
+  std::optional<std::string> internalFilePath;  ///< the same path
+
+  /// The picture in the file at `filePath`, looked for at the first call and kept. Null when there was no
+  /// path then, or the file is not a PNG, JPEG, GIF or WebP of at most 32 MiB; it stays null afterwards.
+  const std::shared_ptr<const ui::Image>& image() const;
+
+ private:
+  mutable std::optional<std::shared_ptr<const ui::Image>> image_;
+};
+
+/// One native ad: texts, icon and media that the application lays out itself. A field that the service left
+/// out, or sent with another type, has its default.
+///
+/// For threads see `VantoriumNativeAdAsset`. An ad may be shown in several views and several times; each of
+/// its events is reported once.
+class VantoriumNativeAd {
+ public:
+  /// A record of the defaults shown here.
+  VantoriumNativeAd() = default;
+
+  std::string adID;
+  std::string appName;
+  std::string storeAppID;   ///< of the advertised application in its store
+  std::string storeAppURL;  ///< its page in the store
+  double rating = 0;        ///< 0 to 5
+  std::int64_t reviewsCount = 0;
+  std::vector<std::string> categories;
+  std::string appDeveloper;
+  std::string appDescription;
+  std::string appIconURL;
+  std::string trackingURL;                     ///< where a tap on the call to action leads
+  std::optional<std::string> appIconFilePath;  ///< where precaching saved the icon; none if it did not
+  std::vector<std::shared_ptr<VantoriumNativeAdAsset>> assets;
+  std::string privacyPolicyURL;
+  std::string privacyPolicyImageURL;
+  std::string callToActionText;
+  std::string impressionID;  ///< for the `reportNativeAd…` functions
+  bool isImpressionReported = false;
+  bool isClickReported = false;
+  bool isVideoStartReported = false;
+  bool isVideoEndReported = false;
+  std::string placementID;  ///< the ad was fetched for
+
+  /// The picture in the file at `appIconFilePath`; as `VantoriumNativeAdAsset::image`.
+  const std::shared_ptr<const ui::Image>& appIconImage() const;
+
+ private:
+  mutable std::optional<std::shared_ptr<const ui::Image>> appIconImage_;
+};
+
+}  // namespace vantorium

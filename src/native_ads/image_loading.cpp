@@ -1,0 +1,36 @@
+#include "native_ads/image_loading.hpp"
+
+#include <utility>
+
+#include "platform/foundation/url.hpp"
+
+namespace vantorium {
+
+void showImage(ui::ImageView& view, std::shared_ptr<const ui::Image> image) {
+  view.setImageTask(nullptr);
+  view.setImage(std::move(image));
+}
+
+void setImage(const std::shared_ptr<ui::ImageView>& view, const std::string& withURL,
+              const std::shared_ptr<Client>& client) {
+  showImage(*view, nullptr);
+  if (!client || !URL::parse(withURL)) return;
+  // The view holds it for as long as the picture is the one it waits for.
+  struct Load {
+    std::shared_ptr<void> task;
+  };
+  const auto load = std::make_shared<Load>();
+  load->task = client->httpClient->dataTask(
+      withURL, ui::Image::largestFile,
+      [context = client->context, withURL, weakView = std::weak_ptr(view), weakLoad = std::weak_ptr(load)](
+          std::optional<Data> data, const std::optional<Error>&) {
+        if (!data) return;
+        context->onMain([image = ui::Image::fromData(std::move(*data), withURL), weakView, weakLoad] {
+          const auto shown = weakView.lock();
+          if (shown && !weakLoad.expired()) shown->setImage(image);
+        });
+      });
+  view->setImageTask(load);
+}
+
+}  // namespace vantorium

@@ -1,0 +1,102 @@
+#include "precache/native_ad_controller.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "platform/foundation/url.hpp"
+
+namespace vantorium {
+
+namespace {
+
+constexpr std::size_t mostFiles = 1000;
+
+/// Keeps the files of one ad apart: of two URLs with the same path, on two hosts or with two queries, the
+/// later one's file goes into a folder of its own.
+class DistinctFiles final : public FileDownloaderProtocol {
+ public:
+  DistinctFiles(std::shared_ptr<FileDownloaderProtocol> downloader, const std::vector<std::string>& urls)
+      : downloader_(std::move(downloader)) {
+    std::map<std::string, int> uses;
+    for (const std::string& url : urls) {
+      const int earlier = uses[downloader_->destinationURL(url, "", "").value_or("")]++;
+      if (earlier > 0) folders_[url] = fmt::format("/{}", earlier);
+    }
+  }
+
+  void downloadFile(const URL& sourceURL, Completion completion) override {
+    downloader_->downloadFile(sourceURL, std::move(completion));
+  }
+  bool saveFile(const Data& data, const std::string& destinationPath) override {
+    return downloader_->saveFile(data, destinationPath);
+  }
+  std::optional<std::string> destinationURL(const std::string& sourcePath, const std::string& basePath,
+                                            const std::string& pathToRemove) override {
+    const auto folder = folders_.find(sourcePath);
+    return downloader_->destinationURL(
+        sourcePath, folder == folders_.end() ? basePath : basePath + folder->second, pathToRemove);
+  }
+  std::optional<URL> sourceURL(const std::string& sourcePath) override {
+    return downloader_->sourceURL(sourcePath);
+  }
+
+ private:
+  const std::shared_ptr<FileDownloaderProtocol> downloader_;
+  std::map<std::string, std::string> folders_;  ///< by URL; only read once made
+};
+
+}  // namespace
+
+NativeAdController::NativeAdController(std::shared_ptr<VantoriumNativeAd> nativeAd,
+                                       std::shared_ptr<Client> client, std::string placementID)
+    : nativeAd_(std::move(nativeAd)), client_(std::move(client)), placementID_(std::move(placementID)) {}
+
+void NativeAdController::precache(const std::shared_ptr<DispatchQueue>& queue, Completion completion) {
+  const auto complete = [context = client_->context, queue,
+                         completion = std::move(completion)](const std::optional<Error>& error) {
+    context->onQueue(queue, [completion, error] { completion(!error, error); });
+  };
+  const auto wanted = urls();
+  if (wanted.size() > mostFiles) {
+    return complete(VantoriumError::internalError(fmt::format(
+        "Can't precache a native ad for {}: it has {} files, and at most {} are taken. Serve fewer files.",
+        placementID_, wanted.size(), mostFiles)));
+  }
+  // A folder of our own naming: an identifier from the network would be a path from the network.
+  client_->cacheClient->precacheFiles(
+      makeUUID(), wanted, "", std::make_shared<DistinctFiles>(client_->fileDownloader, wanted),
+      [weak = weak_from_this(), complete](bool, const std::vector<std::shared_ptr<File>>& files) {
+        const auto self = weak.lock();
+        complete(self ? self->record(files) : VantoriumError::internalError(""));
+      });
+}
+
+/// What is to be fetched, in the order in which failures count; each once, lest two downloads write one file.
+std::vector<std::string> NativeAdController::urls() const {
+  std::vector<std::string> all;
+  const auto add = [&all](const std::string& url) {
+    if (std::ranges::find(all, url) == all.end()) all.push_back(url);
+  };
+  for (const auto& asset : nativeAd_->assets) add(asset->URL);
+  add(nativeAd_->appIconURL);
+  return all;
+}
+
+std::optional<Error> NativeAdController::record(const std::vector<std::shared_ptr<File>>& files) const {
+  for (const auto& file : files) {
+    if (file->error) return file->error;
+    if (!file->isDownloaded) continue;
+    for (const auto& asset : nativeAd_->assets) {
+      if (asset->URL != file->sourcePath) continue;
+      asset->filePath = file->destinationPath;
+      asset->internalFilePath = file->destinationPath;
+    }
+    if (nativeAd_->appIconURL == file->sourcePath) nativeAd_->appIconFilePath = file->destinationPath;
+  }
+  return std::nullopt;
+}
+
+}  // namespace vantorium
