@@ -28,12 +28,17 @@ DesktopApplication::DesktopApplication(std::string storeURL, std::function<void(
       sensor_([this] { post(ui::ApplicationEvent::deviceOrientationDidChange); }) {}
 
 void DesktopApplication::attach(Gtk::Window& window) {
-  const bool isKnown =
-      std::any_of(stages_.begin(), stages_.end(), [&](const auto& stage) { return stage->isOf(window); });
+  const bool isKnown = std::any_of(stages_.begin(), stages_.end(),
+                                   [&](const auto& stage) { return stage->isOf(window.gobj()); });
   if (isKnown) return;
   Stage::Events events{[this](Stage& stage) { closed(stage); }, [this] { updateForeground(); }};
   stages_.push_back(std::make_unique<Stage>(window, *this, images_, std::move(events)));
   isInForeground_ |= stages_.back()->isInForeground();
+}
+
+bool DesktopApplication::isCovered(GtkWindow* window) const {
+  return std::any_of(stages_.begin(), stages_.end(),
+                     [&](const auto& stage) { return stage->isOf(window) && stage->hasAd(); });
 }
 
 void DesktopApplication::closed(Stage& stage) {

@@ -20,6 +20,9 @@ class DesktopApplication final : public ui::Application {
   DesktopApplication(std::string storeURL, std::function<void(std::string_view line)> print);
 
   void attach(Gtk::Window& window);
+  const std::shared_ptr<ImageLoader>& images() const { return images_; }
+  /// Whether a full-screen ad covers the content of the window.
+  bool isCovered(GtkWindow* window) const;
   void holdDevice(ui::DeviceOrientation orientation) { sensor_.hold(orientation); }
 
   std::shared_ptr<ui::ViewController> rootViewController() override;

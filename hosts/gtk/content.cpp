@@ -4,7 +4,9 @@
 #include <cmath>
 #include <utility>
 
+#include "hosts/gtk/accessibility.hpp"
 #include "hosts/gtk/native.hpp"
+#include "hosts/gtk/picture_source.hpp"
 #include "hosts/gtk/style.hpp"
 #include "platform/ui/controls.hpp"
 
@@ -14,20 +16,11 @@ namespace {
 
 constexpr double smallestTarget = 44;  // points that a finger needs
 
-void setAccessibleLabel(Gtk::Widget& widget, const std::string& label) {
-  auto* const accessible = GTK_ACCESSIBLE(widget.gobj());
-  if (label.empty()) {
-    gtk_accessible_reset_property(accessible, GTK_ACCESSIBLE_PROPERTY_LABEL);
-  } else {
-    gtk_accessible_update_property(accessible, GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(), -1);
-  }
-}
-
-/// Shows an image of the bundle or of a file, decoded for the size and the scale at which it is shown.
-class Picture {
+/// Shows an image of the SDK's bundle, decoded for the size and the scale at which it is shown.
+class Icon {
  public:
-  Picture(std::shared_ptr<ImageLoader> images, bool mayEnlarge) : images_(std::move(images)) {
-    wanted_.mayEnlarge = mayEnlarge;
+  Icon(std::shared_ptr<ImageLoader> images, bool mayEnlarge)
+      : images_(std::move(images)), mayEnlarge_(mayEnlarge) {
     picture_.set_content_fit(Gtk::ContentFit::CONTAIN);
     picture_.set_halign(Gtk::Align::CENTER);
     picture_.set_valign(Gtk::Align::CENTER);
@@ -40,31 +33,21 @@ class Picture {
     name_ = name;
     size_ = size;
     const int scale = picture_.get_scale_factor();
-    const ImageLoader::Request request{name, static_cast<int>(std::floor(size.width * scale)),
-                                       static_cast<int>(std::floor(size.height * scale)), scale,
-                                       wanted_.mayEnlarge};
+    const auto image =
+        images_->bundled({name, static_cast<int>(std::floor(size.width * scale)),
+                          static_cast<int>(std::floor(size.height * scale)), scale, mayEnlarge_});
     picture_.set_visible(!name.empty());
-    if (request == wanted_) return;
-    wanted_ = request;
-    images_->load(request,
-                  [this, request, alive = std::weak_ptr(alive_)](const Glib::RefPtr<Gdk::Texture>& image) {
-                    if (!alive.expired() && request == wanted_) put(image, request.scale);
-                  });
+    if (picture_.get_paintable() == image) return;
+    picture_.set_paintable(image);
+    if (image) picture_.set_size_request(image->get_width() / scale, image->get_height() / scale);
   }
 
  private:
-  void put(const Glib::RefPtr<Gdk::Texture>& image, int scale) {
-    picture_.set_paintable(image);
-    if (!image) return;
-    picture_.set_size_request(image->get_width() / scale, image->get_height() / scale);
-  }
-
   std::shared_ptr<ImageLoader> images_;
+  bool mayEnlarge_;
   Gtk::Picture picture_;
   ui::ImageName name_;
   ui::Size size_;
-  ImageLoader::Request wanted_;
-  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 class LabelContent final : public Content {
@@ -110,11 +93,11 @@ class LabelContent final : public Content {
 
 class ButtonContent final : public Content {
  public:
-  explicit ButtonContent(std::shared_ptr<ImageLoader> images) : picture_(std::move(images), false) {
+  explicit ButtonContent(std::shared_ptr<ImageLoader> images) : icon_(std::move(images), false) {
     title_.set_ellipsize(Pango::EllipsizeMode::END);
     box_.set_halign(Gtk::Align::CENTER);
     box_.set_valign(Gtk::Align::CENTER);
-    box_.append(picture_.widget());
+    box_.append(icon_.widget());
     box_.append(title_);
     button_.set_child(box_);
     button_.signal_clicked().connect([this] {
@@ -139,7 +122,7 @@ class ButtonContent final : public Content {
     title_.set_text(source.title());
     auto attributes = textAttributes(source.fontSize(), true, source.titleColor());
     title_.set_attributes(attributes);
-    picture_.show(source.image(), source.bounds().size());
+    icon_.show(source.image(), source.bounds().size());
     box_.set_spacing(source.title().empty() || source.image().empty() ? 0 : 8);
     button_.set_opacity(source.isHighlighted() ? 0.6 : 1);
     setAccessibleLabel(button_,
@@ -157,7 +140,7 @@ class ButtonContent final : public Content {
         source.isSelected() ? GTK_ACCESSIBLE_TRISTATE_TRUE : GTK_ACCESSIBLE_TRISTATE_FALSE, -1);
   }
 
-  Picture picture_;
+  Icon icon_;
   Gtk::Label title_;
   Gtk::Box box_;
   Gtk::Button button_;
@@ -167,18 +150,33 @@ class ButtonContent final : public Content {
 
 class ImageContent final : public Content {
  public:
-  explicit ImageContent(std::shared_ptr<ImageLoader> images) : picture_(std::move(images), true) {}
+  explicit ImageContent(const std::shared_ptr<ImageLoader>& images)
+      : icon_(images, true), source_(images, [this](const auto& shown) { picture_.set_paintable(shown); }) {
+    box_.append(icon_.widget());
+    box_.append(picture_);
+    icon_.widget().set_expand();
+    picture_.set_expand();
+  }
 
-  Gtk::Widget& widget() override { return picture_.widget(); }
+  Gtk::Widget& widget() override { return box_; }
 
   void sync(ui::View& view) override {
     const auto& source = static_cast<const ui::ImageView&>(view);
-    picture_.show(source.image(), source.bounds().size());
-    setAccessibleLabel(picture_.widget(), source.accessibilityLabel());
+    const bool isBundled = source.image() && source.image()->isBundled();
+    icon_.show(isBundled ? source.image()->name() : "", source.bounds().size());
+    picture_.set_visible(!isBundled);
+    picture_.set_content_fit(source.contentMode() == ui::ContentMode::scaleAspectFill
+                                 ? Gtk::ContentFit::COVER
+                                 : Gtk::ContentFit::CONTAIN);
+    source_.show(isBundled ? nullptr : source.image(), picture_.get_scale_factor());
+    describePicture(isBundled ? icon_.widget() : picture_, source.accessibilityLabel());
   }
 
  private:
-  Picture picture_;
+  Icon icon_;
+  Gtk::Picture picture_;
+  PictureSource source_;
+  Gtk::Box box_;
 };
 
 /// Shows what the view brings with it.
@@ -199,8 +197,7 @@ std::unique_ptr<Content> makeContent(ui::View& view, std::shared_ptr<ImageLoader
     return std::make_unique<NativeContent>(native->widget());
   if (dynamic_cast<ui::Label*>(&view) != nullptr) return std::make_unique<LabelContent>();
   if (dynamic_cast<ui::Button*>(&view) != nullptr) return std::make_unique<ButtonContent>(std::move(images));
-  if (dynamic_cast<ui::ImageView*>(&view) != nullptr)
-    return std::make_unique<ImageContent>(std::move(images));
+  if (dynamic_cast<ui::ImageView*>(&view) != nullptr) return std::make_unique<ImageContent>(images);
   return nullptr;
 }
 

@@ -44,8 +44,8 @@ std::shared_ptr<WebEngine> DesktopHost::makeWebEngine() {
   return std::make_shared<WebKitEngine>(web_);
 }
 
-std::shared_ptr<MediaPlayer> DesktopHost::makePlayer(const std::string& path) {
-  return std::make_shared<StreamPlayer>(path, clock_);
+std::shared_ptr<MediaPlayer> DesktopHost::makePlayer(const std::string& source) {
+  return std::make_shared<StreamPlayer>(source, clock_);
 }
 
 std::shared_ptr<ui::StoreProductViewController> DesktopHost::makeStoreProductViewController() {

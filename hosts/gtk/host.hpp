@@ -28,7 +28,7 @@ class DesktopHost final : public Host {
   DesktopApplication& application() override { return application_; }
   WebEngineGeneration webEngineGeneration() const override { return WebEngineGeneration::newer; }
   std::shared_ptr<WebEngine> makeWebEngine() override;
-  std::shared_ptr<MediaPlayer> makePlayer(const std::string& path) override;
+  std::shared_ptr<MediaPlayer> makePlayer(const std::string& source) override;
   std::shared_ptr<ui::StoreProductViewController> makeStoreProductViewController() override;
 
  private:

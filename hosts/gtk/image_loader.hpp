@@ -7,34 +7,48 @@
 #include <memory>
 #include <string>
 #include <tuple>
+#include <vector>
 
-#include "platform/ui/controls.hpp"
+#include <vantorium/dispatch_queue.hpp>
+
+#include "platform/ui/image.hpp"
 
 namespace vantorium::gtk {
 
-/// Decodes images to the size at which they are shown. Those of the SDK's bundle are decoded at once and
-/// kept; files on disk came from the network: they are decoded by a worker thread, and not at all when they
-/// claim to be huge. Main thread only.
+/// A decoded picture in several sizes, each half as wide and high as the one before, so that it is drawn
+/// without flicker at any size.
+struct DecodedImage {
+  std::vector<Glib::RefPtr<Gdk::Texture>> levels;  ///< at least one
+  int width() const { return levels.front()->get_width(); }
+  int height() const { return levels.front()->get_height(); }
+};
+
+/// Decodes images. Those of the SDK's bundle are decoded at once, at the size at which they are shown.
+/// Pictures of ads came from the network: each is decoded once, by a worker thread, one at a time, and not at
+/// all when it claims to be huge. Main thread only.
 class ImageLoader : public std::enable_shared_from_this<ImageLoader> {
  public:
   struct Request {
-    ui::ImageName name;
+    std::string name;
     int width = 0, height = 0;  ///< device pixels to fit into
     int scale = 1;              ///< device pixels per point
     bool mayEnlarge = true;     ///< or keep the image's own size (in points) where that is smaller
     friend bool operator==(const Request&, const Request&) = default;
   };
-  using Completion = std::function<void(Glib::RefPtr<Gdk::Texture> image)>;
+  /// An image of the bundle; null when there is none, or no room for it.
+  Glib::RefPtr<Gdk::Texture> bundled(const Request& request);
 
-  /// Calls `completion`, at once or later, with the image, or with null when there is none that can be
-  /// decoded. Not called later once the loader is gone.
-  void load(const Request& request, Completion completion);
+  using Picture = std::shared_ptr<const DecodedImage>;
+  using Completion = std::function<void(Picture picture)>;
+  /// Calls `completion`, at once or later, with the picture, or with null when it cannot be decoded. What was
+  /// decoded is kept as long as the image. Not called once the loader is gone.
+  void load(const std::shared_ptr<const ui::Image>& image, Completion completion);
 
  private:
   using Key = std::tuple<std::string, int, int, int, bool>;
-  Glib::RefPtr<Gdk::Texture> bundled(const Request& request);
-
   std::map<Key, Glib::RefPtr<Gdk::Texture>> bundled_;
+  /// One at a time: what is decoded may be large.
+  std::shared_ptr<DispatchQueue> queue_ = DispatchQueue::serial("vantorium.images");
 };
 
 }  // namespace vantorium::gtk

@@ -18,16 +18,18 @@ void releaseLater(GtkMediaStream* stream) {
       stream);
 }
 
-Error playbackError(const std::string& path, const GError& error) {
+Error playbackError(const std::string& source, const GError& error) {
   const std::string whole = error.message;
   const std::string reason = whole.substr(0, whole.find('\n'));
-  return Error::platform(g_quark_to_string(error.domain), error.code, "Can't play " + path + ": " + reason,
+  return Error::platform(g_quark_to_string(error.domain), error.code, "Can't play " + source + ": " + reason,
                          whole);
 }
 
 }  // namespace
 
-StreamPlayer::StreamPlayer(std::string path, Clock& clock) : path_(std::move(path)), clock_(clock) { open(); }
+StreamPlayer::StreamPlayer(std::string source, Clock& clock) : source_(std::move(source)), clock_(clock) {
+  open();
+}
 
 StreamPlayer::~StreamPlayer() {
   g_signal_handlers_disconnect_by_data(stream_, this);
@@ -41,14 +43,17 @@ void StreamPlayer::open() {
     g_signal_handlers_disconnect_by_data(stream_, this);
     releaseLater(stream_);
   }
-  stream_ = gtk_media_file_new_for_filename(path_.c_str());
+  GFile* const file =
+      source_.starts_with('/') ? g_file_new_for_path(source_.c_str()) : g_file_new_for_uri(source_.c_str());
+  stream_ = gtk_media_file_new_for_file(file);
+  g_object_unref(file);
   gtk_media_stream_set_muted(stream_, muted);
   g_signal_connect(stream_, "notify", G_CALLBACK(notify), this);
   g_signal_connect_swapped(stream_, "invalidate-size",
                            G_CALLBACK(+[](StreamPlayer* self) { self->sizeChanged(); }), this);
   // Without any module that plays media the stream is born with its error, and will not tell of it again.
   if (const GError* const error = gtk_media_stream_get_error(stream_)) {
-    error_ = playbackError(path_, *error);
+    error_ = playbackError(source_, *error);
     failing_ = clock_.schedule(Seconds{0}, false, [this] {
       if (const auto didFail = handlers_.didFail) didFail();
     });
@@ -138,7 +143,7 @@ void StreamPlayer::failed(const GError& error) {
     if (const auto didFailToPlayToEnd = handlers_.didFailToPlayToEnd) didFailToPlayToEnd();
     return;
   }
-  error_ = playbackError(path_, error);
+  error_ = playbackError(source_, error);
   if (const auto didFail = handlers_.didFail) didFail();
 }
 

@@ -15,7 +15,8 @@ namespace vantorium::gtk {
 /// Plays through GTK's media stream, that is GStreamer.
 class StreamPlayer final : public MediaPlayer, public NativePicture {
  public:
-  StreamPlayer(std::string path, Clock& clock);
+  /// `source` is the absolute path of a file, or an http or https address.
+  StreamPlayer(std::string source, Clock& clock);
   ~StreamPlayer() override;
 
   void play() override;
@@ -42,7 +43,7 @@ class StreamPlayer final : public MediaPlayer, public NativePicture {
   void tick();
   static void notify(GtkMediaStream* stream, GParamSpec* property, StreamPlayer* self);
 
-  std::string path_;
+  std::string source_;
   Clock& clock_;
   GtkMediaStream* stream_ = nullptr;
   Handlers handlers_;

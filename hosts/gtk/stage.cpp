@@ -11,21 +11,6 @@ namespace {
 
 constexpr guint backMouseButton = 8;
 
-guint onceSoon(int priority, std::function<void()> work) {
-  return g_idle_add_full(
-      priority,
-      [](gpointer data) -> gboolean {
-        (*static_cast<std::function<void()>*>(data))();
-        return G_SOURCE_REMOVE;
-      },
-      new std::function<void()>(std::move(work)),
-      [](gpointer data) { delete static_cast<std::function<void()>*>(data); });
-}
-
-void cancel(guint& source) {
-  if (source != 0) g_source_remove(std::exchange(source, 0));
-}
-
 }  // namespace
 
 Stage::Stage(Gtk::Window& window, ui::Application& application, std::shared_ptr<ImageLoader> images,
@@ -36,9 +21,8 @@ Stage::Stage(Gtk::Window& window, ui::Application& application, std::shared_ptr<
   mirror_ = std::make_unique<ViewNode>(*tree_, std::move(images));
   overlay_.add_overlay(surface_);
   surface_.onResize = [this] {
-    // Layout is under way: the tree may change only after it.
-    if (resizeSource_ == 0) resizeSource_ = onceSoon(G_PRIORITY_HIGH_IDLE, [this] { resize(); });
-  };
+    resize_.schedule();
+  };  // layout is under way: the tree may change only after it
   surface_.onBackSwipe = [this] { goBack(); };
   wrapContent();
   watchWindow();
@@ -50,8 +34,6 @@ Stage::Stage(Gtk::Window& window, ui::Application& application, std::shared_ptr<
 
 Stage::~Stage() {
   if (!windowIsGone_) letGoOfWindow();
-  cancel(commitSource_);
-  cancel(resizeSource_);
   g_weak_ref_clear(&previousFocus_);
 }
 
@@ -175,17 +157,13 @@ ui::Rect Stage::bounds() const {
 }
 
 void Stage::resize() {
-  resizeSource_ = 0;
   const ui::Size size = bounds().size();
   if (size != tree_->bounds().size()) tree_->resize(size, *root_);
 }
 
-void Stage::windowNeedsCommit(ui::Window&) {
-  if (commitSource_ == 0) commitSource_ = onceSoon(G_PRIORITY_HIGH_IDLE, [this] { commit(); });
-}
+void Stage::windowNeedsCommit(ui::Window&) { commit_.schedule(); }
 
 void Stage::commit() {
-  commitSource_ = 0;
   tree_->layoutIfNeeded();
   mirror_->sync();
   mirror_->reachFrontmostOnly();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hosts/gtk/ad_surface.hpp"
+#include "hosts/gtk/idle_call.hpp"
 #include "hosts/gtk/image_loader.hpp"
 #include "hosts/gtk/view_node.hpp"
 #include "platform/ui/view_controller.hpp"
@@ -37,7 +38,7 @@ class Stage final : private ui::Renderer {
   /// Neither hidden nor minimised.
   bool isInForeground() const;
   ui::Rect bounds() const;
-  bool isOf(const Gtk::Window& window) const { return &window == &window_; }
+  bool isOf(const GtkWindow* window) const { return window_.gobj() == window; }
 
  private:
   void windowNeedsCommit(ui::Window& window) override;
@@ -68,8 +69,8 @@ class Stage final : private ui::Renderer {
   bool isCovered_ = false;
   bool contentCouldFocus_ = true;
   GWeakRef previousFocus_{};
-  guint commitSource_ = 0;
-  guint resizeSource_ = 0;
+  IdleCall commit_{[this] { commit(); }};
+  IdleCall resize_{[this] { resize(); }};
 };
 
 }  // namespace vantorium::gtk

@@ -82,6 +82,7 @@ void ViewNode::syncLayers(ui::View& view) {
     LayerNode node = known != layers_.end() ? std::move(*known) : LayerNode{layer, makeLayerContent(*layer)};
     if (!node.content) continue;
     node.content->sync(*layer);
+    node.content->widget().set_child_visible(!layer->isHidden());
     widget_.place(node.content->widget(), node.content->placement(view, *layer));
     next.push_back(std::move(node));
   }

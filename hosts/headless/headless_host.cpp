@@ -70,8 +70,8 @@ std::shared_ptr<WebEngine> Host::makeWebEngine() {
   return std::make_shared<ScriptedWebEngine>(sink(), newer ? "newer" : "older");
 }
 
-std::shared_ptr<MediaPlayer> Host::makePlayer(const std::string& path) {
-  return std::make_shared<ScriptedPlayer>(sink(), path);
+std::shared_ptr<MediaPlayer> Host::makePlayer(const std::string& source) {
+  return std::make_shared<ScriptedPlayer>(sink(), source);
 }
 
 std::shared_ptr<ui::StoreProductViewController> Host::makeStoreProductViewController() {

@@ -39,7 +39,7 @@ class Host : public vantorium::Host {
   ui::Application& application() override { return application_; }
   WebEngineGeneration webEngineGeneration() const override;
   std::shared_ptr<WebEngine> makeWebEngine() override;
-  std::shared_ptr<MediaPlayer> makePlayer(const std::string& path) override;
+  std::shared_ptr<MediaPlayer> makePlayer(const std::string& source) override;
   std::shared_ptr<ui::StoreProductViewController> makeStoreProductViewController() override;
 
   // Time.

@@ -28,23 +28,25 @@ class NativeAdBinding;
 ///     row->connectOutlet("appNameLabel", *name);
 ///     Vantorium::populateNativeAdView(row->view(), ad, [](bool, std::optional<Error>) {});
 ///
-/// | outlet                                                                     | widget                     |
+/// | outlet                                                                     | widget |
 /// |----------------------------------------------------------------------------|----------------------------|
-/// | appNameLabel, appDeveloperLabel, appDescriptionLabel, reviewsLabel         | `Gtk::Label`               |
-/// | iconImageView, imageView, privacyPolicyImageView                           | `Gtk::Picture`, `Gtk::Image` |
-/// | callToActionButton                                                         | `Gtk::Button`              |
-/// | mediaView, ratingView                                                      | `Gtk::Box`, empty          |
+/// | appNameLabel, appDeveloperLabel, appDescriptionLabel, reviewsLabel         | `Gtk::Label` | |
+/// iconImageView, imageView, privacyPolicyImageView                           | `Gtk::Picture`, `Gtk::Image`
+/// | | callToActionButton                                                         | `Gtk::Button` | |
+/// mediaView, ratingView                                                      | `Gtk::Box`, empty          |
 ///
-/// Every outlet is optional. A connected widget stays the application's: it may be styled, moved and destroyed
-/// at any time, and the SDK sets its text, its picture and what it tells assistive technology. Into the boxes
-/// of `mediaView` and `ratingView` it puts a view of its own: the medium as wide as the box and, unless the box
-/// is given another height, as tall as a film of 16:9; the stars 100 by 20 points unless the box is larger.
-/// Pictures keep their own shape; `Gtk::Picture::set_content_fit` says how they fill their place.
+/// Every outlet is optional. A connected widget stays the application's: it may be styled, moved and
+/// destroyed at any time, and the SDK sets its text, its picture and what it tells assistive technology. Into
+/// the boxes of `mediaView` and `ratingView` it puts a view of its own: the medium as wide as the box and,
+/// unless the box is given another height, as tall as a film of 16:9; the stars 100 by 20 points unless the
+/// box is larger. Pictures keep their own shape; `Gtk::Picture::set_content_fit` says how they fill their
+/// place.
 ///
-/// The ad counts as on screen while some part of it can be seen as far as the toolkit can tell: not when it is
-/// scrolled out of view, on a page of a stack that is not shown, in a window that is hidden or minimised, or
-/// under a full-screen ad. That is looked at ten times a second while the widget is mapped. The video plays
-/// while a part of the medium is seen in this sense, and the impression is reported when the ad is seen first.
+/// The ad counts as on screen while some part of it can be seen as far as the toolkit can tell: not when it
+/// is scrolled out of view, on a page of a stack that is not shown, in a window that is hidden or minimised,
+/// or under a full-screen ad. That is looked at ten times a second while the widget is mapped. The video
+/// plays while a part of the medium is seen in this sense, and the impression is reported when the ad is seen
+/// first.
 ///
 /// The host outlives the widget.
 class NativeAdView : public Gtk::Box {

@@ -41,8 +41,9 @@ class Host {
   virtual ui::Application& application() = 0;
   virtual WebEngineGeneration webEngineGeneration() const = 0;
   virtual std::shared_ptr<WebEngine> makeWebEngine() = 0;
-  /// A player for the file at this absolute path. A file that cannot be played gives a player that fails.
-  virtual std::shared_ptr<MediaPlayer> makePlayer(const std::string& path) = 0;
+  /// A player for what is at `source`: the absolute path of a file, or an http or https address. What cannot
+  /// be played gives a player that fails.
+  virtual std::shared_ptr<MediaPlayer> makePlayer(const std::string& source) = 0;
   virtual std::shared_ptr<ui::StoreProductViewController> makeStoreProductViewController() = 0;
 };
 

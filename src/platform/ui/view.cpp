@@ -174,7 +174,9 @@ void View::handleTap() {
 
 void View::setNeedsDisplay() {
   checkThread();
-  if (Window* const own = window()) own->markDirty();
+  View* root = this;
+  while (root->superview_ != nullptr) root = root->superview_;
+  root->treeDidChange();
 }
 
 }  // namespace vantorium::ui

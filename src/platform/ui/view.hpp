@@ -95,8 +95,10 @@ class View : public std::enable_shared_from_this<View> {
   void setOutlet(std::string name) { outlet_ = std::move(name); }
 
  protected:
-  /// Marks the window dirty, so that the renderer looks at it again.
+  /// Tells the root of the tree, so that its renderer looks at it again.
   void setNeedsDisplay();
+  /// For roots: something in the tree has changed.
+  virtual void treeDidChange() {}
   void checkThread() const;
 
  private:

@@ -4,7 +4,7 @@
 
 namespace vantorium::ui {
 
-void Window::markDirty() {
+void Window::treeDidChange() {
   if (dirty_) return;
   dirty_ = true;
   renderer_.windowNeedsCommit(*this);

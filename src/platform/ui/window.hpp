@@ -33,10 +33,10 @@ class Window : public View {
   /// Changes the size of the window and of every screen in it; each screen hears of the transition.
   void resize(Size size, ViewController& root);
 
- private:
-  friend class View;
-  void markDirty();
+ protected:
+  void treeDidChange() override;
 
+ private:
   Renderer& renderer_;
   bool dirty_ = false;
 };

@@ -1,0 +1,112 @@
+#include "hosts/gtk/native_ads/native_ad_binding.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "hosts/gtk/native_ads/visibility.hpp"
+
+namespace vantorium::gtk {
+
+namespace {
+
+constexpr unsigned visibilityInterval = 100;  // milliseconds
+
+}  // namespace
+
+/// Where the view stands while it is in no window: what changes is mirrored all the same, for a widget that
+/// is not seen yet has a size.
+class NativeAdBinding::Shelf final : public ui::View {
+ public:
+  explicit Shelf(IdleCall& commit) : commit_(commit) {}
+
+ protected:
+  void treeDidChange() override { commit_.schedule(); }
+
+ private:
+  IdleCall& commit_;
+};
+
+NativeAdBinding::NativeAdBinding(Gtk::Widget& widget, DesktopHost& host)
+    : widget_(widget),
+      host_(host),
+      window_(std::make_shared<ui::Window>(static_cast<ui::Renderer&>(*this), ui::Rect{})),
+      shelf_(std::make_shared<Shelf>(commit_)),
+      view_(std::make_shared<VantoriumNativeAdView>(host)) {
+  shelf_->addSubview(view_);
+  connections_.push_back(widget.signal_map().connect([this] { watch(); }));
+  connections_.push_back(widget.signal_unmap().connect([this] {
+    watching_.disconnect();
+    updateVisibility();
+  }));
+  if (widget.get_mapped()) watch();
+}
+
+NativeAdBinding::~NativeAdBinding() {
+  for (auto& connection : connections_) connection.disconnect();
+  watching_.disconnect();
+  view_->removeFromSuperview();  // others may hold it, and the shelf refers to this object
+}
+
+std::optional<Error> NativeAdBinding::connect(const std::string& outlet, Gtk::Widget& widget) {
+  const auto& names = VantoriumNativeAdView::outletNames();
+  if (std::ranges::find(names, outlet) == names.end()) {
+    return VantoriumError::internalError(fmt::format(
+        "A native ad view has no outlet \"{}\". Connect one of: {}.", outlet, fmt::join(names, ", ")));
+  }
+  if (!fitsOutlet(outlet, widget)) {
+    return VantoriumError::internalError(fmt::format("The outlet \"{}\" takes a {}, not a {}.", outlet,
+                                                     widgetClassFor(outlet),
+                                                     G_OBJECT_TYPE_NAME(widget.gobj())));
+  }
+  if (const auto known = outlets_.find(outlet); known != outlets_.end()) {
+    known->second.view->removeFromSuperview();
+    outlets_.erase(known);
+  }
+  const auto view = view_->makeOutlet(outlet);
+  outlets_[outlet] = {view, makeOutlet(widget, view, host_.application().images())};
+  return std::nullopt;
+}
+
+void NativeAdBinding::dropOutletsThatAreGone() {
+  std::erase_if(outlets_, [](const auto& each) {
+    if (each.second.outlet->widget() != nullptr) return false;
+    each.second.view->removeFromSuperview();
+    return true;
+  });
+}
+
+void NativeAdBinding::commit() {
+  dropOutletsThatAreGone();
+  for (const auto& [name, connected] : outlets_) connected.outlet->sync();
+  window_->didCommit();
+}
+
+// The toolkit tells when a widget is mapped, but not when it is scrolled out of sight.
+void NativeAdBinding::watch() {
+  watching_ = Glib::signal_timeout().connect(
+      [this] {
+        updateVisibility();
+        return true;
+      },
+      visibilityInterval);
+  look_.schedule();
+}
+
+void NativeAdBinding::updateVisibility() {
+  const auto& application = host_.application();
+  const ui::Rect frame{0, 0, static_cast<double>(widget_.get_width()),
+                       static_cast<double>(widget_.get_height())};
+  window_->setFrame(frame);
+  view_->setFrame(frame);
+  if (const auto media = outlets_.find("mediaView"); media != outlets_.end()) {
+    Gtk::Widget* const box = media->second.outlet->widget();
+    media->second.view->setHidden(box == nullptr || !isSeen(*box, application));
+  }
+  const auto& place = isSeen(widget_, application) ? std::static_pointer_cast<ui::View>(window_) : shelf_;
+  if (view_->superview() != place.get()) place->addSubview(view_);
+}
+
+}  // namespace vantorium::gtk
