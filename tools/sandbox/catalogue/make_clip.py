@@ -7,54 +7,15 @@ Needs Debian's ffmpeg, python3-cairo and python3-numpy. Every frame and every no
 import math
 import pathlib
 import random
-import subprocess
-import tempfile
-import wave
 
 import cairo
-import numpy
+
+from art.drawing import cloud, ease, glow, lettering, mix, rgb, ridge, spring, star, vertical
+from art.film import encode, mastered, note, pitch, place, silence
 
 WIDTH, HEIGHT, FPS, SECONDS = 540, 960, 30, 6
 HORIZON = 560
-RATE = 44100
 OUT = pathlib.Path(__file__).resolve().parent / "media" / "sky-harbor.mp4"
-
-
-def rgb(text):
-    return tuple(int(text[i : i + 2], 16) / 255 for i in (1, 3, 5))
-
-
-def mix(a, b, t):
-    return tuple(x + (y - x) * t for x, y in zip(a, b))
-
-
-def ease(t):
-    t = min(1.0, max(0.0, t))
-    return t * t * (3 - 2 * t)
-
-
-def spring(t):
-    """From 0 to 1 with one soft overshoot."""
-    if t <= 0:
-        return 0.0
-    return 1 - math.exp(-6 * t) * math.cos(9 * t)
-
-
-def vertical(ctx, stops, top, bottom):
-    gradient = cairo.LinearGradient(0, top, 0, bottom)
-    for at, colour in stops:
-        gradient.add_color_stop_rgb(at, *colour)
-    ctx.set_source(gradient)
-
-
-def glow(ctx, x, y, radius, colour, alpha):
-    gradient = cairo.RadialGradient(x, y, 0, x, y, radius)
-    gradient.add_color_stop_rgba(0, *colour, alpha)
-    gradient.add_color_stop_rgba(0.4, *colour, alpha * 0.35)
-    gradient.add_color_stop_rgba(1, *colour, 0)
-    ctx.set_source(gradient)
-    ctx.arc(x, y, radius, 0, 2 * math.pi)
-    ctx.fill()
 
 
 # ---------------------------------------------------------------- the world
@@ -96,42 +57,10 @@ def sun(ctx, t):
     return x
 
 
-def cloud(ctx, x, y, size, colour, alpha):
-    ctx.push_group()
-    ctx.set_source_rgb(*colour)
-    for dx, dy, r in ((-1.5, 0.1, 0.5), (-0.8, -0.25, 0.75), (0.1, -0.45, 0.95), (1.0, -0.15, 0.7), (1.7, 0.12, 0.45)):
-        ctx.arc(x + dx * size, y + dy * size, r * size, 0, 2 * math.pi)
-        ctx.fill()
-    ctx.rectangle(x - 1.9 * size, y + 0.15 * size, 3.9 * size, 0.45 * size)
-    ctx.fill()
-    ctx.pop_group_to_source()
-    ctx.save()
-    ctx.rectangle(0, 0, WIDTH, y + 0.42 * size)
-    ctx.clip()
-    ctx.paint_with_alpha(alpha)
-    ctx.restore()
-
-
 def clouds(ctx, t):
     for x, y, size, speed, alpha in ((60, 350, 26, 9, 0.30), (420, 300, 34, 12, 0.34), (250, 420, 20, 7, 0.26), (560, 395, 24, 8, 0.3)):
         at = (x - speed * t + 120) % (WIDTH + 240) - 120
         cloud(ctx, at, y, size, rgb("#ffe3d2"), alpha)
-
-
-def ridge(ctx, t, speed, base, height, colours, seed):
-    """A far coast: sums of sines that wander past."""
-    rng = random.Random(seed)
-    waves = [(rng.uniform(0.004, 0.02), rng.uniform(0, 6.3), rng.uniform(0.3, 1)) for _ in range(5)]
-    total = sum(weight for _, _, weight in waves)
-    ctx.move_to(0, base)
-    for x in range(0, WIDTH + 6, 6):
-        at = x + speed * t
-        level = sum(weight * math.sin(frequency * at + phase) for frequency, phase, weight in waves) / total
-        ctx.line_to(x, base - height * max(0.0, 0.45 + 0.75 * level))
-    ctx.line_to(WIDTH + 6, base)
-    ctx.close_path()
-    vertical(ctx, [(0, colours[0]), (1, colours[1])], base - height, base)
-    ctx.fill()
 
 
 def floating_island(ctx, x, y, scale, t):
@@ -405,14 +334,6 @@ def boat(ctx, t):
     return x
 
 
-def star(ctx, x, y, radius):
-    for index in range(10):
-        r = radius if index % 2 == 0 else radius * 0.45
-        angle = -math.pi / 2 + index * math.pi / 5
-        (ctx.move_to if index == 0 else ctx.line_to)(x + r * math.cos(angle), y + r * math.sin(angle))
-    ctx.close_path()
-
-
 def coins(ctx, t, boat_x):
     """Coins on an arc that the boat collects."""
     for index in range(5):
@@ -444,32 +365,6 @@ def coins(ctx, t, boat_x):
 # ---------------------------------------------------------------- lettering
 
 
-def lettering(ctx, text, x, y, size, t, spread=0.05, colours=("#fffaf0", "#ffd489"), edge="#2a1f57"):
-    """Letters that drop in one after another."""
-    ctx.select_font_face("DejaVu Sans", cairo.FONT_SLANT_NORMAL, cairo.FONT_WEIGHT_BOLD)
-    ctx.set_font_size(size)
-    advance = [ctx.text_extents(letter).x_advance + 0.02 * size for letter in text]
-    at = x - sum(advance) / 2
-    for index, letter in enumerate(text):
-        local = (t - spread * index) * 1.5
-        if local > 0 and letter != " ":
-            ctx.save()
-            ctx.translate(at + advance[index] / 2, y - 90 * (1 - spring(local)))
-            ctx.push_group()
-            ctx.move_to(-advance[index] / 2, 0)
-            ctx.text_path(letter)
-            ctx.set_line_join(cairo.LINE_JOIN_ROUND)
-            ctx.set_source_rgb(*rgb(edge))
-            ctx.set_line_width(size * 0.17)
-            ctx.stroke_preserve()
-            vertical(ctx, [(0, rgb(colours[0])), (1, rgb(colours[1]))], -0.75 * size, 0)
-            ctx.fill()
-            ctx.pop_group_to_source()
-            ctx.paint_with_alpha(ease(local * 3))
-            ctx.restore()
-        at += advance[index]
-
-
 def veil(ctx, top, bottom, alpha):
     gradient = cairo.LinearGradient(0, top, 0, bottom)
     gradient.add_color_stop_rgba(0, 0.09, 0.07, 0.27, alpha)
@@ -490,8 +385,8 @@ def frame(ctx, t):
     stars(ctx, t)
     sun_x = sun(ctx, t)
     clouds(ctx, t)
-    ridge(ctx, t, 6, HORIZON + 1, 74, (rgb("#b0658f"), rgb("#e08f86")), 11)
-    ridge(ctx, t, 12, HORIZON + 1, 44, (rgb("#7d4a86"), rgb("#b96a86")), 23)
+    ridge(ctx, WIDTH, 6 * t, HORIZON + 1, 74, (rgb("#b0658f"), rgb("#e08f86")), 11)
+    ridge(ctx, WIDTH, 12 * t, HORIZON + 1, 44, (rgb("#7d4a86"), rgb("#b96a86")), 23)
     sea(ctx, t, sun_x)
     floating_island(ctx, 446 - 8 * t, 396, 0.84, t)
     gulls(ctx, t)
@@ -516,64 +411,22 @@ def frame(ctx, t):
 # ---------------------------------------------------------------- music
 
 
-def note(frequency, seconds, attack, brightness):
-    time = numpy.arange(int(seconds * RATE)) / RATE
-    tone = sum(numpy.sin(2 * math.pi * frequency * k * time) * brightness ** (k - 1) / k for k in (1, 2, 3, 4))
-    return tone * numpy.minimum(1, time / attack) * numpy.exp(-3.2 * time / seconds)
-
-
 def music():
-    track = numpy.zeros(int((SECONDS + 0.1) * RATE))
-
-    def place(at, sound, volume):
-        start = int(at * RATE)
-        part = sound[: len(track) - start]
-        track[start : start + len(part)] += volume * part
-
-    pitch = lambda semitones: 261.63 * 2 ** (semitones / 12)
+    track = silence(SECONDS)
     chords = [(0, 4, 7), (-3, 0, 4), (-7, -3, 0), (-5, -1, 2)]  # C, Am, F, G
     beat = SECONDS / 16
     for bar, chord in enumerate(chords):
         at = bar * 4 * beat
         for tone in chord:
-            place(at, note(pitch(tone - 12), 4.4 * beat, 0.12, 0.25), 0.10)
-        place(at, note(pitch(chord[0] - 24), 3 * beat, 0.02, 0.3), 0.22)
+            place(track, at, note(pitch(tone - 12), 4.4 * beat, 0.12, 0.25), 0.10)
+        place(track, at, note(pitch(chord[0] - 24), 3 * beat, 0.02, 0.3), 0.22)
         for step in range(8):
             tone = chord[(0, 1, 2, 1, 0, 2, 1, 2)[step]] + (12 if step % 4 == 2 else 0)
-            place(at + step * beat / 2, note(pitch(tone + 12), 0.7, 0.004, 0.35), 0.11)
+            place(track, at + step * beat / 2, note(pitch(tone + 12), 0.7, 0.004, 0.35), 0.11)
     for at, tone in ((0, 19), (1.5, 16), (2, 19), (4, 24), (5.5, 23), (6, 19), (8, 21), (9.5, 19), (10, 16), (12, 19), (14, 24)):
-        place(at * beat, note(pitch(tone), 1.3, 0.01, 0.2), 0.12)
-    echo = int(0.19 * RATE)
-    track[echo:] += 0.28 * track[:-echo]
-    track = track[: SECONDS * RATE]
-    fade = numpy.minimum(1, (SECONDS - numpy.arange(len(track)) / RATE) / 0.5)
-    track *= fade
-    return (0.5 * track / numpy.abs(track).max() * 32767).astype("<i2")
-
-
-def main():
-    OUT.parent.mkdir(exist_ok=True)
-    with tempfile.TemporaryDirectory() as folder:
-        sound = pathlib.Path(folder) / "music.wav"
-        with wave.open(str(sound), "wb") as out:
-            out.setnchannels(1)
-            out.setsampwidth(2)
-            out.setframerate(RATE)
-            out.writeframes(music().tobytes())
-        command = f"""ffmpeg -y -loglevel error -f rawvideo -pix_fmt bgra -s {WIDTH}x{HEIGHT} -r {FPS} -i - -i {sound}
-            -c:v libx264 -preset veryslow -crf 26 -profile:v main -pix_fmt yuv420p -g 60 -c:a aac -b:a 64k
-            -t {SECONDS} -movflags +faststart -map_metadata -1 -fflags +bitexact -flags:v +bitexact -flags:a +bitexact"""
-        encoder = subprocess.Popen([*command.split(), str(OUT)], stdin=subprocess.PIPE)
-        surface = cairo.ImageSurface(cairo.FORMAT_ARGB32, WIDTH, HEIGHT)
-        for index in range(FPS * SECONDS):
-            frame(cairo.Context(surface), index / FPS)
-            surface.flush()
-            encoder.stdin.write(bytes(surface.get_data()))
-        encoder.stdin.close()
-        if encoder.wait() != 0:
-            raise SystemExit("ffmpeg failed")
-    print(f"{OUT}: {OUT.stat().st_size // 1024} KiB")
+        place(track, at * beat, note(pitch(tone), 1.3, 0.01, 0.2), 0.12)
+    return mastered(track, SECONDS, 0.5)
 
 
 if __name__ == "__main__":
-    main()
+    encode(OUT, frame, music(), WIDTH, HEIGHT, FPS, SECONDS)
