@@ -107,3 +107,65 @@ def lettering(ctx, text, x, y, size, t, spread=0.05, colours=("#fffaf0", "#ffd48
             ctx.paint_with_alpha(ease(local * 3))
             ctx.restore()
         at += advance[index]
+
+
+# ---------------------------------------------------------------- shapes, each left as a path or filled
+
+
+def disc(ctx, x, y, radius, colour, alpha=1):
+    ctx.set_source_rgba(*rgb(colour), alpha)
+    ctx.arc(x, y, radius, 0, 2 * math.pi)
+    ctx.fill()
+
+
+def polygon(ctx, points, colour, alpha=1):
+    ctx.set_source_rgba(*rgb(colour), alpha)
+    for point in points:
+        ctx.line_to(*point)
+    ctx.close_path()
+    ctx.fill()
+
+
+def rounded(ctx, x, y, width, height, radius):
+    ctx.new_sub_path()
+    for corner_x, corner_y, turn in ((1, 0, -1), (1, 1, 0), (0, 1, 1), (0, 0, 2)):
+        at_x = x + (width - radius if corner_x else radius)
+        at_y = y + (height - radius if corner_y else radius)
+        ctx.arc(at_x, at_y, radius, turn * math.pi / 2, (turn + 1) * math.pi / 2)
+    ctx.close_path()
+
+
+def slab(ctx, x, y, width, height, radius, colour, alpha=1):
+    ctx.set_source_rgba(*rgb(colour), alpha)
+    rounded(ctx, x, y, width, height, radius)
+    ctx.fill()
+
+
+def ellipse(ctx, x, y, width, height, colour, alpha=1):
+    ctx.save()
+    ctx.translate(x, y)
+    ctx.scale(width / 2, height / 2)
+    ctx.arc(0, 0, 1, 0, 2 * math.pi)
+    ctx.restore()
+    ctx.set_source_rgba(*rgb(colour), alpha)
+    ctx.fill()
+
+
+def starfield(ctx, width, height, count, seed, t=0.0):
+    rng = random.Random(seed)
+    for _ in range(count):
+        x, y, phase = rng.uniform(0, width), rng.uniform(0, height), rng.uniform(0, 6.3)
+        bright = rng.uniform(0.35, 0.95)
+        ctx.set_source_rgba(1, 0.97, 0.9, bright * (0.8 + 0.2 * math.sin(2 * t + phase)))
+        ctx.arc(x, y, rng.uniform(0.8, 2.0) * height / 627, 0, 2 * math.pi)
+        ctx.fill()
+
+
+def centred(ctx, text, x, y, size, colour, family="Cantarell", alpha=1):
+    """Bold text around x; the middle of its capitals is at y."""
+    ctx.select_font_face(family, cairo.FONT_SLANT_NORMAL, cairo.FONT_WEIGHT_BOLD)
+    ctx.set_font_size(size)
+    extents = ctx.text_extents(text)
+    ctx.set_source_rgba(*rgb(colour), alpha)
+    ctx.move_to(x - extents.x_bearing - extents.width / 2, y + 0.35 * size)
+    ctx.show_text(text)
