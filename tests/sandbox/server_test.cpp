@@ -82,8 +82,14 @@ class SandboxServerTest : public testing::Test {
   }
   std::string bearer() { return "Authorization: Bearer " + init().parsed().value("token", ""); }
   Reply campaigns(const std::string& authorization, const std::string& query) {
-    return send({server.baseURL() + "/api/campaigns?" + query,
-                 {"Content-Type: application/json", "User-Agent: Phone", authorization}});
+    return adRequest("/api/campaigns?" + query, authorization);
+  }
+  Reply native(const std::string& authorization, const std::string& query) {
+    return adRequest("/api/sdk/native?" + query, authorization);
+  }
+  Reply adRequest(const std::string& target, const std::string& authorization) {
+    return send(
+        {server.baseURL() + target, {"Content-Type: application/json", "User-Agent: Phone", authorization}});
   }
 
   Server server{Options{}};
@@ -136,6 +142,59 @@ TEST_F(SandboxServerTest, PlayablesComeAsArchives) {
     EXPECT_EQ(part.body, archive.body.substr(0, archive.body.size() / 2));
   }
   EXPECT_EQ(send({server.baseURL() + "/playable-src/harbor-dash/game.js"}).status, 404);
+}
+
+TEST_F(SandboxServerTest, NativeAdsComeAsManyAsAskedForAndCountTheirEvents) {
+  const std::string authorization = bearer();
+  const auto ask = [&](const std::string& placement, int number) {
+    return native(authorization, "placementId=" + placement +
+                                     "&connectionType=WIFI&numOfCampaigns=" + std::to_string(number) +
+                                     "&cachedCampaignIds=a&cachedCampaignIds=b" + "&creativeType=any%20text")
+        .parsed();
+  };
+  EXPECT_EQ(ask("native-feed", 5)["result"].size(), 5U);
+  EXPECT_EQ(ask("native-feed", 0)["result"], json::array());
+  const json two = ask("native-feed", 2)["result"];
+  ASSERT_EQ(two.size(), 2U);
+  EXPECT_NE(two[0]["impressionId"], two[1]["impressionId"]);
+  EXPECT_NE(two[0]["impressionId"], ask("native-feed", 1)["result"][0]["impressionId"]);
+  EXPECT_EQ(ask("unheard-of", 1)["error"], "No native ads available.");
+
+  const std::string url = server.baseURL() + "/api/impressions/" + two[1]["impressionId"].get<std::string>();
+  for (const char* report : {"", "/started", "/finished", "/click?q=x"}) {
+    const std::vector<std::string> headers{"Content-Type: application/json", authorization};
+    EXPECT_EQ(send({url + report, headers, ""}).parsed()["status"], "success") << report;
+  }
+  std::vector<std::string> kinds;
+  for (const auto& event : server.events()) {
+    EXPECT_EQ(event["placement"], "native-feed");
+    kinds.push_back(event["kind"]);
+  }
+  EXPECT_EQ(kinds, (std::vector<std::string>{"impression", "started", "finished", "click"}));
+
+  const json thousand = ask("native-hostile-images", 5)["result"][4]["assets"];
+  ASSERT_EQ(thousand.size(), 1000U);
+  EXPECT_EQ(send({thousand[999]["url"]}).contentType, "image/png");
+  EXPECT_NE(thousand[998]["url"], thousand[999]["url"]);
+  EXPECT_EQ(ask("native-hostile-types", 5)["result"][0]["impressionId"], 7);
+}
+
+TEST_F(SandboxServerTest, HoldsAdRequestsToTheirQuery) {
+  const std::string authorization = bearer();
+  const std::string good = "placementId=native-row&connectionType=WIFI&numOfCampaigns=1";
+  const auto refusal = [](const Reply& reply) {
+    EXPECT_EQ(reply.status, 400);
+    return reply.parsed().value("error", "");
+  };
+  EXPECT_EQ(native(authorization, good).status, 200);
+  EXPECT_EQ(refusal(native(authorization, "creativeType=both&" + good)),
+            "query keys must come in the order placementId, connectionType, numOfCampaigns, "
+            "cachedCampaignIds, creativeType");
+  EXPECT_EQ(refusal(native(authorization, good + "&creativeType=a&creativeType=b")),
+            "query key \"creativeType\" must be there once, is 2 times");
+  EXPECT_EQ(refusal(native(authorization, good + "&colour=red")), "query key \"colour\" is unknown");
+  EXPECT_EQ(refusal(campaigns(authorization, good + "&creativeType=both")),
+            "query key \"creativeType\" is unknown");
 }
 
 TEST_F(SandboxServerTest, PopupsComeAsOfferAndTemplate) {

@@ -2,8 +2,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 
+#include "sandbox/endpoints/ad_list.hpp"
 #include "sandbox/endpoints/rules.hpp"
 
 namespace vantorium::sandbox {
@@ -17,13 +17,6 @@ bool isCached(const Call& call, const json& campaign) {
   });
 }
 
-size_t wanted(const Call& call) {
-  const std::string text = call.queryValue("numOfCampaigns").value_or("");
-  size_t number = 0;
-  std::from_chars(text.data(), text.data() + text.size(), number);
-  return number;
-}
-
 Answer campaigns(const Service& service, const Call& call) {
   const std::string placement = call.queryValue("placementId").value_or("");
   auto offered = service.catalogue.campaigns(placement);
@@ -32,14 +25,7 @@ Answer campaigns(const Service& service, const Call& call) {
   auto& list = offered->get_ref<json::array_t&>();
   std::stable_partition(list.begin(), list.end(),
                         [&](const json& campaign) { return !isCached(call, campaign); });
-  if (list.size() > wanted(call)) list.resize(wanted(call));
-  for (auto& campaign : list) {
-    if (!campaign.contains("impressionId")) {
-      campaign["impressionId"] = service.ledger.newImpression(placement);
-    } else if (campaign["impressionId"].is_string()) {
-      service.ledger.addImpression(campaign["impressionId"].get<std::string>(), placement);
-    }
-  }
+  handOut(service, call, placement, list);
   return success({{"data", *offered}});
 }
 
@@ -48,7 +34,7 @@ Answer campaigns(const Service& service, const Call& call) {
 std::vector<Endpoint> campaignEndpoints() {
   return {{"/api/campaigns",
            {"GET", true, true, true},
-           [](const Call& call, Violations& out) { checkAdQuery(call, false, out); },
+           [](const Call& call, Violations& out) { checkAdQuery(call, "", out); },
            &campaigns,
            {{"status", "success"}, {"data", json::array()}}}};
 }

@@ -134,6 +134,30 @@ void checkFields(const json& body, const std::array<Field, N>& fields, json& unk
   }
 }
 
+// Of an ad request: the first three keys are there once, the fourth any number of times.
+void checkAdKeys(const Call& call, std::string_view last, Violations& violations) {
+  std::vector<std::string_view> order{"placementId", "connectionType", "numOfCampaigns", "cachedCampaignIds"};
+  if (!last.empty()) order.push_back(last);
+  std::vector<std::ptrdiff_t> ranks;
+  for (const auto& [key, value] : call.query) {
+    const auto found = std::find(order.begin(), order.end(), key);
+    if (found == order.end()) {
+      violations.push_back(fmt::format("query key \"{}\" is unknown", key));
+    } else {
+      ranks.push_back(found - order.begin());
+    }
+  }
+  for (size_t rank = 0; rank < order.size(); ++rank) {
+    const auto times = std::count(ranks.begin(), ranks.end(), static_cast<std::ptrdiff_t>(rank));
+    if ((rank < 3 && times != 1) || (rank > 3 && times > 1)) {
+      violations.push_back(
+          fmt::format("query key \"{}\" must be there once, is {} times", order[rank], times));
+    }
+  }
+  if (!std::is_sorted(ranks.begin(), ranks.end()))
+    violations.push_back(fmt::format("query keys must come in the order {}", fmt::join(order, ", ")));
+}
+
 }  // namespace
 
 void checkTarget(const std::string& target, Violations& violations) {
@@ -170,18 +194,8 @@ void checkShape(const Endpoint& endpoint, const Service& service, const Call& ca
   }
 }
 
-void checkAdQuery(const Call& call, bool open, Violations& violations) {
-  constexpr std::array<std::string_view, 3> once{"placementId", "connectionType", "numOfCampaigns"};
-  for (const auto key : once) {
-    const auto count =
-        std::count_if(call.query.begin(), call.query.end(), [&](auto& item) { return item.first == key; });
-    if (count != 1)
-      violations.push_back(fmt::format("query key \"{}\" must be there once, is {} times", key, count));
-  }
-  for (const auto& [key, value] : call.query) {
-    const bool known = key == "cachedCampaignIds" || std::find(once.begin(), once.end(), key) != once.end();
-    if (!known && !open) violations.push_back(fmt::format("query key \"{}\" is unknown", key));
-  }
+void checkAdQuery(const Call& call, std::string_view last, Violations& violations) {
+  checkAdKeys(call, last, violations);
   const auto number = call.queryValue("numOfCampaigns");
   if (number && !isDigits(*number))
     violations.push_back(fmt::format("numOfCampaigns must be decimal, is \"{}\"", *number));

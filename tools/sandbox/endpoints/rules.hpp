@@ -17,9 +17,9 @@ void checkTarget(const std::string& target, Violations& violations);
 /// An upper-case, hyphenated one.
 bool isUUID(const std::string& text);
 
-/// placementId, connectionType and numOfCampaigns once each, cachedCampaignIds any number of times. `open`
-/// admits more.
-void checkAdQuery(const Call& call, bool open, Violations& violations);
+/// placementId, connectionType and numOfCampaigns once each, cachedCampaignIds any number of times, and
+/// `last` at most once; in this order. An empty `last` is none.
+void checkAdQuery(const Call& call, std::string_view last, Violations& violations);
 
 /// The device-information body; with `log`, that of an error report.
 void checkDeviceBody(const Call& call, bool log, Violations& violations);

@@ -30,6 +30,7 @@ constexpr std::array fileTypes{FileType{".html", "text/html; charset=utf-8", tru
                                FileType{".svg", "image/svg+xml", true},
                                FileType{".png", "image/png", false},
                                FileType{".jpg", "image/jpeg", false},
+                               FileType{".gif", "image/gif", false},
                                FileType{".mp4", "video/mp4", false},
                                FileType{".zip", "application/zip", false}};
 

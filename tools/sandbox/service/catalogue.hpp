@@ -15,7 +15,8 @@ namespace vantorium::sandbox {
 /// is handed out. Callable on any thread.
 ///
 /// init.json                           the whole init answer
-/// campaigns/PLACEMENT.json            array of campaigns; native/PLACEMENT.json likewise
+/// campaigns/PLACEMENT.json            array of campaigns
+/// native/PLACEMENT.json               array of native ads
 /// offers/PLACEMENT.json               object
 /// rewarded_popup.html                 template
 /// walls/PLACEMENT.json                array of the offer wall's offers
