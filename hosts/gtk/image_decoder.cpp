@@ -1,5 +1,7 @@
 #include "hosts/gtk/image_decoder.hpp"
 
+#include <algorithm>
+
 namespace vantorium::gtk {
 
 namespace {
@@ -10,6 +12,16 @@ struct LoaderClose {
     g_object_unref(loader);
   }
 };
+
+// The decoders show what there is of a picture that was cut off, grey or nothing where no more came. A whole
+// one ends with its mark, give or take what was appended.
+bool isCutShort(std::string_view bytes) {
+  constexpr std::size_t appended = 64 * 1024;
+  const std::string_view end = bytes.substr(bytes.size() - std::min(bytes.size(), appended));
+  const auto ends = [end](std::string_view mark) { return end.rfind(mark) != std::string_view::npos; };
+  if (bytes.starts_with("\xff\xd8")) return !ends("\xff\xd9");
+  return bytes.starts_with("\x89PNG") && !ends("IEND");
+}
 
 using Fit = std::function<PixelSize(PixelSize)>;
 
@@ -22,6 +34,7 @@ void sizePrepared(GdkPixbufLoader* loader, int width, int height, gpointer data)
 }  // namespace
 
 Pixbuf decodeImage(std::string_view bytes, const Fit& fit) {
+  if (isCutShort(bytes)) return nullptr;
   const std::unique_ptr<GdkPixbufLoader, LoaderClose> loader(gdk_pixbuf_loader_new());
   g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(sizePrepared), const_cast<Fit*>(&fit));
   const auto* const first = reinterpret_cast<const guchar*>(bytes.data());

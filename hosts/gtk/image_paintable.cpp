@@ -8,7 +8,7 @@ namespace vantorium::gtk {
 
 namespace {
 
-class ImagePaintable final : public Glib::Object, public Gdk::Paintable {
+class ImagePaintable final : public Gdk::Paintable, public Glib::Object {
  public:
   ImagePaintable(ImageLoader::Picture picture, int scale)
       : Glib::ObjectBase("VantoriumImage"), picture_(std::move(picture)), scale_(scale) {}

@@ -344,5 +344,44 @@ TEST(HTTPSessionDeathTest, AProcessThatExitsWhileRequestsRunEndsInOrder) {
   EXPECT_EXIT(exitWhileBusy(), ::testing::ExitedWithCode(7), "");
 }
 
+TEST_F(HTTPSessionTest, CancelsOneExchangeAndNoOther) {
+  server.setFaults({{{"path", "/silent"}, {"fault", "neverAnswers"}}});
+  // More than are under way at a time: the last waits for its turn.
+  std::vector<std::uint64_t> ids;
+  std::vector<std::future<Reply>> replies;
+  for (int number = 0; number < 65; ++number) {
+    auto promise = std::make_shared<std::promise<Reply>>();
+    replies.push_back(promise->get_future());
+    HTTPRequest request;
+    request.url = server.baseURL() + "/silent";
+    ids.push_back(session.send(std::move(request), [promise](auto body, auto error) {
+      promise->set_value({std::move(body), std::move(error)});
+    }));
+  }
+  for (const std::size_t index : {std::size_t{64}, std::size_t{0}}) {
+    session.cancel(ids[index]);
+    EXPECT_EQ(waitFor(std::move(replies[index])).code(), CURLE_ABORTED_BY_CALLBACK);
+  }
+  session.cancel(ids[0]);
+  session.cancel(12345);
+  HTTPRequest hello;
+  hello.url = server.baseURL() + "/hello";
+  const std::uint64_t last = session.send(hello, nullptr);
+  EXPECT_EQ(waitFor(start(session, hello)).text(), "hello");
+  session.cancel(last);
+  EXPECT_EQ(replies[1].wait_for(milliseconds(0)), std::future_status::timeout);
+  session.shutdown();
+  EXPECT_EQ(waitFor(std::move(replies[1])).code(), CURLE_ABORTED_BY_CALLBACK);
+}
+
+TEST_F(HTTPSessionTest, HoldsARequestToItsOwnBound) {
+  HTTPRequest request;
+  request.url = server.baseURL() + "/hello";
+  request.mostBodyBytes = 5;
+  EXPECT_EQ(waitFor(start(session, request)).text(), "hello");
+  request.mostBodyBytes = 4;
+  EXPECT_EQ(waitFor(start(session, request)).code(), CURLE_FILESIZE_EXCEEDED);
+}
+
 }  // namespace
 }  // namespace vantorium

@@ -70,6 +70,9 @@ class BoxOutlet final : public Outlet {
         node_(*view, images),
         surface_(std::dynamic_pointer_cast<VantoriumRatingView>(view) == nullptr) {
     surface_.onResize = [this] { resize_.schedule(); };  // layout is under way
+    // The view fills the box; how large that is stays the application's decision.
+    if (!box.get_hexpand_set()) box.set_hexpand(false);
+    if (!box.get_vexpand_set()) box.set_vexpand(false);
     box.append(surface_);
   }
   ~BoxOutlet() override {

@@ -4,27 +4,27 @@
 
 namespace vantorium::gtk {
 
-/// Points to a widget for as long as the toolkit has it. Main thread only.
+/// Points to a widget for as long as it is there. Main thread only.
 template <typename Widget>
-class WeakWidget {
+class WeakWidget final : public sigc::notifiable {
  public:
-  explicit WeakWidget(Widget& widget) : widget_(&widget), object_(G_OBJECT(widget.gobj())) {
-    g_object_add_weak_pointer(object_, reinterpret_cast<gpointer*>(&object_));
+  explicit WeakWidget(Widget& widget) : widget_(&widget) {
+    widget.add_destroy_notify_callback(
+        this, [](sigc::notifiable* self) { static_cast<WeakWidget*>(self)->widget_ = nullptr; });
   }
   ~WeakWidget() {
-    if (object_ != nullptr) g_object_remove_weak_pointer(object_, reinterpret_cast<gpointer*>(&object_));
+    if (widget_ != nullptr) widget_->remove_destroy_notify_callback(this);
   }
   WeakWidget(const WeakWidget&) = delete;
   WeakWidget& operator=(const WeakWidget&) = delete;
 
-  Widget* get() const { return object_ != nullptr ? widget_ : nullptr; }
-  explicit operator bool() const { return object_ != nullptr; }
+  Widget* get() const { return widget_; }
+  explicit operator bool() const { return widget_ != nullptr; }
   Widget* operator->() const { return widget_; }
   Widget& operator*() const { return *widget_; }
 
  private:
-  Widget* const widget_;
-  GObject* object_;  // null once it is gone
+  Widget* widget_;
 };
 
 }  // namespace vantorium::gtk
