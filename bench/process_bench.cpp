@@ -1,6 +1,7 @@
 // Measures one thing of a whole process and prints it as JSON; bench/run puts it beside its peers.
 //
 //   precache URL...         seconds until all are on disk, growth of peak memory
+//   native BASE-URL        seconds until five native ads are fetched and their files on disk
 //   unzip ARCHIVE FOLDER    seconds until all is unpacked, growth of resident memory
 //   playable URL...         the longest that the main queue was held while archives were fetched and unpacked
 //   idle BASE-URL SECONDS   voluntary context switches of an SDK that has nothing to do
@@ -55,6 +56,29 @@ int precache(const std::vector<std::string>& urls) {
              nlohmann::json{{"success", success}, {"seconds", taken.count()}, {"growth_kb", growth}}.dump());
   client.shutdown();
   return success ? 0 : 1;
+}
+
+int native(const std::string& baseURL) {
+  const Home home;
+  const auto host = makeHost(home, headless::ClockKind::realTime);
+  const auto sdk = makeSdk(host, baseURL);
+  sdk->context()->updateFlags([](SdkContext::Flags& flags) { flags.autoCaching = false; });
+  configureAndWait(*sdk, *host);
+  const auto options = std::make_shared<VantoriumNativeAdOptions>();
+  options->numberOfAdsToPrecache = 5;
+  std::promise<std::optional<Error>> ended;
+  std::size_t files = 0;
+  const auto start = std::chrono::steady_clock::now();
+  sdk->precacheNativeAds("bench", options, DispatchQueue::serial("bench"), [&](const auto& ads, auto error) {
+    for (const auto& ad : ads) files += ad->assets.size() + 1;
+    ended.set_value(std::move(error));
+  });
+  const auto error = ended.get_future().get();
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+  if (error) throw std::runtime_error(error->localizedDescription());
+  fmt::print("{}\n", nlohmann::json{{"files", files}, {"seconds", taken.count()}}.dump());
+  sdk->shutdown();
+  return 0;
 }
 
 int unzip(const std::string& archive, const std::string& folder) {
@@ -160,13 +184,14 @@ int idle(const std::string& baseURL, double seconds) {
 int run(const std::vector<std::string>& arguments) {
   if (arguments.size() > 2 && arguments[1] == "precache")
     return precache({arguments.begin() + 2, arguments.end()});
+  if (arguments.size() == 3 && arguments[1] == "native") return native(arguments[2]);
   if (arguments.size() == 4 && arguments[1] == "unzip") return unzip(arguments[2], arguments[3]);
   if (arguments.size() > 2 && arguments[1] == "playable")
     return playable({arguments.begin() + 2, arguments.end()});
   if (arguments.size() == 4 && arguments[1] == "idle") return idle(arguments[2], std::stod(arguments[3]));
   fmt::print(stderr,
-             "usage: vantorium_bench_process precache URL... | unzip ARCHIVE FOLDER | playable URL... | idle "
-             "BASE-URL SECONDS\n");
+             "usage: vantorium_bench_process precache URL... | native BASE-URL | unzip ARCHIVE FOLDER | "
+             "playable URL... | idle BASE-URL SECONDS\n");
   return 2;
 }
 

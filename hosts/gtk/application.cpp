@@ -132,10 +132,10 @@ void DesktopApplication::performOpenURL(const std::string& url, std::function<vo
   const auto display = Gdk::Display::get_default();
   GdkAppLaunchContext* const context =
       display ? gdk_display_get_app_launch_context(display->gobj()) : nullptr;
-  const auto told = [this, url, completion = std::move(completion)](bool isOpened) {
+  const auto told = [print = print_, url, completion = std::move(completion)](bool isOpened) {
     if (!isOpened) {
-      print_(fmt::format("VANTORIUM: no application on this machine opens \"{}\".",
-                         url.substr(0, url.find('?'))));
+      print(fmt::format("VANTORIUM: no application on this machine opens \"{}\".",
+                        url.substr(0, url.find('?'))));
     }
     if (completion) completion(isOpened);
   };

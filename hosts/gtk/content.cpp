@@ -156,6 +156,8 @@ class ImageContent final : public Content {
     box_.append(picture_);
     icon_.widget().set_expand();
     picture_.set_expand();
+    picture_.property_scale_factor().signal_changed().connect(
+        [this] { source_.rescale(picture_.get_scale_factor()); });
   }
 
   Gtk::Widget& widget() override { return box_; }

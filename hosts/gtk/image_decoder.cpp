@@ -1,7 +1,5 @@
 #include "hosts/gtk/image_decoder.hpp"
 
-#include <algorithm>
-
 namespace vantorium::gtk {
 
 namespace {
@@ -14,13 +12,14 @@ struct LoaderClose {
 };
 
 // The decoders show what there is of a picture that was cut off, grey or nothing where no more came. A whole
-// one ends with its mark, give or take what was appended.
+// one has the mark of its end somewhere after its pixels began.
 bool isCutShort(std::string_view bytes) {
-  constexpr std::size_t appended = 64 * 1024;
-  const std::string_view end = bytes.substr(bytes.size() - std::min(bytes.size(), appended));
-  const auto ends = [end](std::string_view mark) { return end.rfind(mark) != std::string_view::npos; };
-  if (bytes.starts_with("\xff\xd8")) return !ends("\xff\xd9");
-  return bytes.starts_with("\x89PNG") && !ends("IEND");
+  constexpr std::string_view pixelsOfJPEG = "\xff\xda", endOfJPEG = "\xff\xd9";
+  if (bytes.starts_with("\xff\xd8")) {
+    const auto end = bytes.rfind(endOfJPEG);
+    return end == std::string_view::npos || end < bytes.rfind(pixelsOfJPEG) + 1;
+  }
+  return bytes.starts_with("\x89PNG") && bytes.rfind("IEND") == std::string_view::npos;
 }
 
 using Fit = std::function<PixelSize(PixelSize)>;

@@ -1,7 +1,5 @@
 #include "hosts/gtk/image_loader.hpp"
 
-#include <gio/gio.h>
-
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -18,8 +16,9 @@ namespace vantorium::gtk {
 namespace {
 
 constexpr std::int64_t mostPixels = 64'000'000;  // that a picture may claim to have
-constexpr double longestSide = 4096;             // pixels that are kept of it
+constexpr double longestSide = 2048;             // pixels that are kept of it
 constexpr int shortestLevel = 32;                // pixels; nothing is shown smaller
+constexpr std::size_t mostKept = 64 << 20;       // bytes of pictures that nobody need be showing
 
 PixelSize scaled(PixelSize size, double factor) {
   return {std::max<std::int64_t>(1, std::llround(static_cast<double>(size.width) * factor)),
@@ -64,31 +63,6 @@ ImageLoader::Picture decodePicture(const ui::Image& image) {
   return picture->levels.empty() ? nullptr : picture;
 }
 
-/// What becomes of one image; kept with it.
-struct Decoding {
-  bool isDone = false;
-  ImageLoader::Picture picture;
-  std::vector<ImageLoader::Completion> waiting;
-};
-
-/// What a worker decodes, on its way there and back to the main thread, where it ends.
-struct Job {
-  std::weak_ptr<ImageLoader> loader;
-  std::shared_ptr<const ui::Image> image;
-  ImageLoader::Picture picture;
-};
-
-gboolean deliver(gpointer data) {
-  auto& job = *static_cast<Job*>(data);
-  const auto decoding = std::static_pointer_cast<Decoding>(job.image->decoded());
-  decoding->isDone = true;
-  decoding->picture = std::move(job.picture);
-  const auto waiting = std::exchange(decoding->waiting, {});
-  if (!job.loader.lock()) return G_SOURCE_REMOVE;
-  for (const auto& completion : waiting) completion(decoding->picture);
-  return G_SOURCE_REMOVE;
-}
-
 }  // namespace
 
 Glib::RefPtr<Gdk::Texture> ImageLoader::bundled(const Request& request) {
@@ -102,19 +76,71 @@ Glib::RefPtr<Gdk::Texture> ImageLoader::bundled(const Request& request) {
   return image;
 }
 
-void ImageLoader::load(const std::shared_ptr<const ui::Image>& image, Completion completion) {
-  if (auto known = std::static_pointer_cast<Decoding>(image->decoded())) {
-    if (known->isDone) return completion(known->picture);
-    known->waiting.push_back(std::move(completion));
-    return;
+std::size_t DecodedImage::bytes() const {
+  std::size_t all = 0;
+  for (const auto& level : levels) {
+    all += std::size_t{4} * static_cast<std::size_t>(level->get_width()) *
+           static_cast<std::size_t>(level->get_height());
   }
-  const auto decoding = std::make_shared<Decoding>();
-  decoding->waiting.push_back(std::move(completion));
-  image->setDecoded(decoding);
-  auto* const job = new Job{weak_from_this(), image, nullptr};
-  queue_->async([job] {
-    job->picture = decodePicture(*job->image);
-    g_idle_add_full(G_PRIORITY_DEFAULT, deliver, job, [](gpointer data) { delete static_cast<Job*>(data); });
+  return all;
+}
+
+void ImageLoader::load(const std::shared_ptr<const ui::Image>& image, Completion completion) {
+  Entry& entry = pictures_[image->identity()];
+  entry.lastUse = ++uses_;
+  if (!entry.kept) entry.kept = entry.shown.lock();
+  if (entry.kept || entry.isBroken) {
+    const Picture known = entry.kept;
+    return completion(known);
+  }
+  entry.waiting.push_back(std::move(completion));
+  if (entry.waiting.size() == 1) decode(image);
+}
+
+void ImageLoader::decode(const std::shared_ptr<const ui::Image>& image) {
+  queue_->async([weak = weak_from_this(), image] {
+    auto deliver = std::make_unique<std::function<void()>>(
+        [weak, identity = image->identity(), picture = decodePicture(*image)] {
+          if (const auto self = weak.lock()) self->finish(identity, picture);
+        });
+    g_idle_add_full(
+        G_PRIORITY_DEFAULT,
+        [](gpointer data) -> gboolean {
+          (*static_cast<std::function<void()>*>(data))();
+          return G_SOURCE_REMOVE;
+        },
+        deliver.release(), [](gpointer data) { delete static_cast<std::function<void()>*>(data); });
+  });
+}
+
+void ImageLoader::finish(const std::string& identity, Picture picture) {
+  Entry& entry = pictures_[identity];
+  entry.isBroken = !picture;
+  entry.kept = picture;
+  entry.shown = picture;
+  const auto waiting = std::exchange(entry.waiting, {});
+  makeRoom();
+  for (const auto& completion : waiting) completion(picture);
+}
+
+/// Lets go of the pictures that were used least lately.
+void ImageLoader::makeRoom() {
+  std::vector<std::pair<std::uint64_t, std::string>> byUse;
+  std::size_t bytes = 0;
+  for (const auto& [identity, entry] : pictures_) {
+    if (!entry.kept) continue;
+    bytes += entry.kept->bytes();
+    byUse.emplace_back(entry.lastUse, identity);
+  }
+  std::sort(byUse.begin(), byUse.end());
+  for (auto oldest = byUse.begin(); bytes > mostKept && oldest != byUse.end(); ++oldest) {
+    Entry& entry = pictures_[oldest->second];
+    bytes -= entry.kept->bytes();
+    entry.kept.reset();
+  }
+  std::erase_if(pictures_, [](const auto& each) {
+    const Entry& entry = each.second;
+    return entry.waiting.empty() && !entry.isBroken && !entry.kept && entry.shown.expired();
   });
 }
 

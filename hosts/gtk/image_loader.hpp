@@ -2,6 +2,7 @@
 
 #include <gdkmm.h>
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -21,11 +22,13 @@ struct DecodedImage {
   std::vector<Glib::RefPtr<Gdk::Texture>> levels;  ///< at least one
   int width() const { return levels.front()->get_width(); }
   int height() const { return levels.front()->get_height(); }
+  std::size_t bytes() const;
 };
 
 /// Decodes images. Those of the SDK's bundle are decoded at once, at the size at which they are shown.
-/// Pictures of ads came from the network: each is decoded once, by a worker thread, one at a time, and not at
-/// all when it claims to be huge. Main thread only.
+/// Pictures of ads came from the network: each is decoded once while it is in use, by a worker thread, one at
+/// a time, and not at all when it claims to be huge. Those that were shown last are kept, up to 64 MiB. Main
+/// thread only.
 class ImageLoader : public std::enable_shared_from_this<ImageLoader> {
  public:
   struct Request {
@@ -40,13 +43,27 @@ class ImageLoader : public std::enable_shared_from_this<ImageLoader> {
 
   using Picture = std::shared_ptr<const DecodedImage>;
   using Completion = std::function<void(Picture picture)>;
-  /// Calls `completion`, at once or later, with the picture, or with null when it cannot be decoded. What was
-  /// decoded is kept as long as the image. Not called once the loader is gone.
+  /// Calls `completion`, at once or later, with the picture, or with null when it cannot be decoded. Not
+  /// called once the loader is gone.
   void load(const std::shared_ptr<const ui::Image>& image, Completion completion);
 
  private:
+  /// What is known of one picture of an ad.
+  struct Entry {
+    bool isBroken = false;                    ///< it is no picture, and need not be tried again
+    Picture kept;                             ///< null once others have taken its place, or it is broken
+    std::weak_ptr<const DecodedImage> shown;  ///< for as long as somebody shows it
+    std::vector<Completion> waiting;
+    std::uint64_t lastUse = 0;
+  };
+  void decode(const std::shared_ptr<const ui::Image>& image);
+  void finish(const std::string& identity, Picture picture);
+  void makeRoom();
+
   using Key = std::tuple<std::string, int, int, int, bool>;
   std::map<Key, Glib::RefPtr<Gdk::Texture>> bundled_;
+  std::map<std::string, Entry> pictures_;  ///< by identity
+  std::uint64_t uses_ = 0;
   /// One at a time: what is decoded may be large.
   std::shared_ptr<DispatchQueue> queue_ = DispatchQueue::serial("vantorium.images");
 };

@@ -36,13 +36,25 @@ class PlayerContent final : public LayerContent {
     const auto& source = static_cast<const ui::PlayerLayer&>(layer);
     const bool fills = source.videoGravity() == ui::VideoGravity::resizeAspectFill;
     picture_.set_content_fit(fills ? Gtk::ContentFit::COVER : Gtk::ContentFit::CONTAIN);
-    auto* const native = dynamic_cast<NativePicture*>(source.player().get());
+    player_ = source.player();
+    update();
+    if (auto* const native = dynamic_cast<NativePicture*>(source.player().get())) {
+      native->observePaintable(updated_);
+    }
+  }
+
+ private:
+  void update() {
+    const auto player = player_.lock();
+    auto* const native = dynamic_cast<NativePicture*>(player.get());
     const auto paintable = native != nullptr ? native->paintable() : Glib::RefPtr<Gdk::Paintable>();
     if (picture_.get_paintable() != paintable) picture_.set_paintable(paintable);
   }
 
- private:
   Gtk::Picture picture_;
+  std::weak_ptr<MediaPlayer> player_;
+  std::shared_ptr<std::function<void()>> updated_ =
+      std::make_shared<std::function<void()>>([this] { update(); });
 };
 
 }  // namespace

@@ -19,6 +19,7 @@ class StreamPlayer final : public MediaPlayer, public NativePicture {
   StreamPlayer(std::string source, Clock& clock);
   ~StreamPlayer() override;
 
+  void prepare() override;
   void play() override;
   void pause() override;
   void seek(double seconds, bool exact) override;
@@ -32,9 +33,14 @@ class StreamPlayer final : public MediaPlayer, public NativePicture {
   void setHandlers(Handlers handlers) override;
 
   Glib::RefPtr<Gdk::Paintable> paintable() override;
+  void observePaintable(std::weak_ptr<std::function<void()>> observer) override {
+    observer_ = std::move(observer);
+  }
 
  private:
   void open();
+  void close();
+  void failToOpen(Error error);
   void streamChanged(GtkMediaStream& stream, const std::string& property);
   void prepared();
   void sizeChanged();
@@ -45,7 +51,9 @@ class StreamPlayer final : public MediaPlayer, public NativePicture {
 
   std::string source_;
   Clock& clock_;
-  GtkMediaStream* stream_ = nullptr;
+  GtkMediaStream* stream_ = nullptr;  ///< none before it is needed: the first of a process costs dear
+  bool muted_ = false;
+  std::weak_ptr<std::function<void()>> observer_;
   Handlers handlers_;
   ui::Size size_;
   bool couldPlay_ = false;  ///< the file was once found playable

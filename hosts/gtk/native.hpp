@@ -2,6 +2,7 @@
 
 #include <gtkmm.h>
 
+#include <functional>
 #include <memory>
 
 namespace vantorium::gtk {
@@ -17,7 +18,10 @@ class NativeWidget {
 class NativePicture {
  public:
   virtual ~NativePicture() = default;
+  /// Null while there is nothing to show.
   virtual Glib::RefPtr<Gdk::Paintable> paintable() = 0;
+  /// Called when there is another one; not after the observer, held weakly, is gone.
+  virtual void observePaintable(std::weak_ptr<std::function<void()>> observer) = 0;
 };
 
 }  // namespace vantorium::gtk

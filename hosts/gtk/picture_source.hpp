@@ -2,6 +2,7 @@
 
 #include <gtkmm.h>
 
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -21,20 +22,31 @@ class PictureSource {
 
   /// Shows the image, or nothing for null, at so many device pixels per point.
   void show(const std::shared_ptr<const ui::Image>& image, int scale) {
-    if (image == wanted_) return;
+    if (image == wanted_) return rescale(scale);
     wanted_ = image;
+    scale_ = scale;
+    picture_.reset();
     put_({});
     if (!image) return;
-    images_->load(image, [this, image, scale, alive = std::weak_ptr(alive_)](ImageLoader::Picture picture) {
-      if (alive.expired() || image != wanted_ || !picture) return;
-      put_(makePaintable(std::move(picture), scale));
+    images_->load(image, [this, weak = std::weak_ptr(image),
+                          alive = std::weak_ptr(alive_)](ImageLoader::Picture picture) {
+      if (alive.expired() || weak.lock() != wanted_ || !picture) return;
+      picture_ = std::move(picture);
+      put_(makePaintable(picture_, scale_));
     });
+  }
+
+  /// A point has so many device pixels from now on.
+  void rescale(int scale) {
+    if (std::exchange(scale_, scale) != scale && picture_) put_(makePaintable(picture_, scale));
   }
 
  private:
   std::shared_ptr<ImageLoader> images_;
   Put put_;
   std::shared_ptr<const ui::Image> wanted_;
+  ImageLoader::Picture picture_;
+  int scale_ = 1;
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 

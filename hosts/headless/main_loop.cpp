@@ -45,6 +45,11 @@ class MainLoop::Handle : public Timer {
 MainLoop::MainLoop(ClockKind kind)
     : kind_(kind), virtualNow_(std::chrono::sys_days(std::chrono::year{2026} / 1 / 1)) {}
 
+std::size_t MainLoop::pendingTimers() const {
+  const std::lock_guard lock(mutex_);
+  return timers_.size();
+}
+
 void MainLoop::async(std::function<void()> work) {
   {
     const std::lock_guard lock(mutex_);

@@ -40,6 +40,8 @@ class MainLoop : public DispatchQueue, public Clock, public std::enable_shared_f
   /// Virtual time only: moves the clock on by `interval`, running every timer on the way, in order, each with
   /// all that it causes on this queue.
   void advance(Seconds interval);
+  /// How many timers wait for their time.
+  std::size_t pendingTimers() const;
   /// Virtual time only: sets the wall clock without running timers.
   void setNow(Date now);
 

@@ -47,6 +47,7 @@ class ScriptedPlayer : public MediaPlayer {
  public:
   ScriptedPlayer(EventSink sink, std::string source) : sink_(std::move(sink)), source_(std::move(source)) {}
 
+  void prepare() override {}
   void play() override;
   void pause() override;
   void seek(double seconds, bool exact) override;

@@ -28,19 +28,23 @@ class NativeAdBinding;
 ///     row->connectOutlet("appNameLabel", *name);
 ///     Vantorium::populateNativeAdView(row->view(), ad, [](bool, std::optional<Error>) {});
 ///
-/// | outlet                                                                     | widget |
-/// |----------------------------------------------------------------------------|----------------------------|
-/// | appNameLabel, appDeveloperLabel, appDescriptionLabel, reviewsLabel         | `Gtk::Label` | |
-/// iconImageView, imageView, privacyPolicyImageView                           | `Gtk::Picture`, `Gtk::Image`
-/// | | callToActionButton                                                         | `Gtk::Button` | |
-/// mediaView, ratingView                                                      | `Gtk::Box`, empty          |
+/// The outlets, and the widgets they take:
+///  - `appNameLabel`, `appDeveloperLabel`, `appDescriptionLabel`, `reviewsLabel`: a `Gtk::Label`;
+///  - `iconImageView`, `imageView`, `privacyPolicyImageView`: a `Gtk::Picture` or `Gtk::Image`;
+///  - `callToActionButton`: a `Gtk::Button`; its label, or the first label inside it, is set;
+///  - `mediaView`, `ratingView`: an empty `Gtk::Box`.
 ///
 /// Every outlet is optional. A connected widget stays the application's: it may be styled, moved and
-/// destroyed at any time, and the SDK sets its text, its picture and what it tells assistive technology. Into
-/// the boxes of `mediaView` and `ratingView` it puts a view of its own: the medium as wide as the box and,
-/// unless the box is given another height, as tall as a film of 16:9; the stars 100 by 20 points unless the
-/// box is larger. Pictures keep their own shape; `Gtk::Picture::set_content_fit` says how they fill their
-/// place.
+/// destroyed at any time. Once the view was filled, the SDK sets its text (5,000 characters at most), its
+/// picture and what it tells assistive technology; what the application changes afterwards stays until the
+/// view is filled again. Into the boxes of `mediaView` and `ratingView` it puts a view of its own: the medium
+/// as wide as the box and, unless the box is given another height, as tall as a video of 16:9; the stars 100
+/// by 20 points unless the box is larger.
+///
+/// Pictures have the size that the advertiser gave them, up to 2,048 points, so give their widgets a size:
+/// `Gtk::Picture::set_content_fit` says how they fill it, `Gtk::Image` goes by its pixel size. What can be
+/// shown is what GdkPixbuf decodes of PNG, JPEG, GIF and WebP, of at most 64 megapixels. Videos are shown in
+/// the formats that GStreamer plays of MP4, WebM and Ogg.
 ///
 /// The ad counts as on screen while some part of it can be seen as far as the toolkit can tell: not when it
 /// is scrolled out of view, on a page of a stack that is not shown, in a window that is hidden or minimised,
@@ -48,7 +52,8 @@ class NativeAdBinding;
 /// plays while a part of the medium is seen in this sense, and the impression is reported when the ad is seen
 /// first.
 ///
-/// The host outlives the widget.
+/// The host, one that `makeHost` gave, outlives the widget; with another kind of host the widget stays empty
+/// and says so on the console.
 class NativeAdView : public Gtk::Box {
  public:
   explicit NativeAdView(Host& host, Gtk::Orientation orientation = Gtk::Orientation::VERTICAL,
@@ -64,8 +69,9 @@ class NativeAdView : public Gtk::Box {
   /// comes to the widget when the view is filled again.
   std::optional<Error> connectOutlet(const std::string& outlet, Gtk::Widget& widget);
 
-  /// What `Vantorium::populateNativeAdView` fills.
-  const std::shared_ptr<VantoriumNativeAdView>& view() const;
+  /// What `Vantorium::populateNativeAdView` fills. It may be kept longer than the widget, to no effect, but
+  /// not longer than the host.
+  std::shared_ptr<VantoriumNativeAdView> view() const;
   /// The ad shown; null before the view was filled.
   std::shared_ptr<VantoriumNativeAd> nativeAd() const;
 
@@ -74,8 +80,8 @@ class NativeAdView : public Gtk::Box {
   void playVideo();
   void pauseVideo();
 
-  /// Replaces the stars of the rating by pictures in these files (PNG, JPEG, GIF or WebP); one that is no
-  /// picture shows nothing. They are seen when the view is filled the next time.
+  /// Replaces the stars of the connected `ratingView` by pictures in these files (PNG, JPEG, GIF or WebP);
+  /// one that is no picture shows nothing. They are seen when the view is filled the next time.
   void setStarImages(const std::string& emptyPath, const std::string& halfFullPath,
                      const std::string& fullPath);
 

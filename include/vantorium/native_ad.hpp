@@ -12,7 +12,7 @@ namespace ui {
 class Image;
 }
 
-/// One media file of a native ad: a picture or a film.
+/// One media file of a native ad: a picture or a video.
 ///
 /// Records belong to whoever holds them: the SDK fills one in before it hands it out, and afterwards reads
 /// and marks it on the main thread only, when a view shows it. Use them there.
@@ -33,7 +33,8 @@ class VantoriumNativeAdAsset {
   std::optional<std::string> internalFilePath;  ///< the same path
 
   /// The picture in the file at `filePath`, looked for at the first call and kept. Null when there was no
-  /// path then, or the file is not a PNG, JPEG, GIF or WebP of at most 32 MiB; it stays null afterwards.
+  /// path then, or the file is not a PNG, JPEG, GIF or WebP of at most 32 MiB; it stays null afterwards. For
+  /// the SDK's views: an application that draws by itself reads the file.
   const std::shared_ptr<const ui::Image>& image() const;
 
  private:
@@ -50,8 +51,8 @@ class VantoriumNativeAd {
   /// A record of the defaults shown here.
   VantoriumNativeAd() = default;
 
-  std::string adID;
-  std::string appName;
+  std::string adID;         ///< the service's name for the ad
+  std::string appName;      ///< of the advertised application
   std::string storeAppID;   ///< of the advertised application in its store
   std::string storeAppURL;  ///< its page in the store
   double rating = 0;        ///< 0 to 5
@@ -67,6 +68,7 @@ class VantoriumNativeAd {
   std::string privacyPolicyImageURL;
   std::string callToActionText;
   std::string impressionID;  ///< for the `reportNativeAd…` functions
+  /// Set by the views when they report; an application that reports by itself may use them likewise.
   bool isImpressionReported = false;
   bool isClickReported = false;
   bool isVideoStartReported = false;

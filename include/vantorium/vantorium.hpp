@@ -37,9 +37,10 @@ struct DeveloperSettings {
 /// of the process.
 ///
 /// Unless it says otherwise a function may be called on any thread and returns at once. Every completion is
-/// called exactly once, never inside the call that was given it (refusals of the `show…` functions excepted),
-/// on the queue that the call names; a null queue is the main queue of the host. When a delegate call and a
-/// completion are due on the main queue, the delegate hears first. Nothing is ever thrown.
+/// called exactly once, never inside the call that was given it (but for refusals of the `show…` functions
+/// and for `populateNativeAdView`), on the queue that the call names; a null queue is the main queue of the
+/// host. When a delegate call and a completion are due on the main queue, the delegate hears first. Nothing
+/// is ever thrown.
 class Vantorium {
  public:
   using Completion = std::function<void(bool success, std::optional<Error> error)>;

@@ -14,6 +14,9 @@ using nlohmann::json;
 
 namespace {
 
+/// Far more than is ever shown: each costs a download.
+constexpr std::size_t mostAssets = 1000;
+
 using Picture = std::shared_ptr<const ui::Image>;
 
 /// The picture at `path`, looked for once.
@@ -48,7 +51,9 @@ void readAssets(const json& assets, VantoriumNativeAd& ad) {
   const bool isSound =
       assets.is_array() && std::ranges::all_of(assets, [](const json& one) { return one.is_object(); });
   if (!isSound) return;
-  for (const json& one : assets) ad.assets.push_back(makeAsset(one));
+  for (auto one = assets.begin(); one != assets.end() && ad.assets.size() < mostAssets; ++one) {
+    ad.assets.push_back(makeAsset(*one));
+  }
 }
 
 }  // namespace

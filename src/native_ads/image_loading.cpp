@@ -6,6 +6,11 @@
 
 namespace vantorium {
 
+std::shared_ptr<const ui::Image> savedPicture(const VantoriumNativeAdAsset& asset) {
+  // Somebody may have asked for the record's own image before its file was there.
+  return asset.image() ? asset.image() : ui::Image::contentsOfFile(*asset.filePath);
+}
+
 void showImage(ui::ImageView& view, std::shared_ptr<const ui::Image> image) {
   view.setImageTask(nullptr);
   view.setImage(std::move(image));

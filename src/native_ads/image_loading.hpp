@@ -4,9 +4,13 @@
 #include <string>
 
 #include "client/client.hpp"
+#include "model/native_ad.hpp"
 #include "platform/ui/controls.hpp"
 
 namespace vantorium {
+
+/// The picture of an asset whose file is on disk; null when that is no picture.
+std::shared_ptr<const ui::Image> savedPicture(const VantoriumNativeAdAsset& asset);
 
 /// Shows the image, or none, and gives up on whatever was still being loaded for the view. Main thread.
 void showImage(ui::ImageView& view, std::shared_ptr<const ui::Image> image);

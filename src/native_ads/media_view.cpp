@@ -31,11 +31,6 @@ std::optional<std::string> playableSource(const VantoriumNativeAdAsset& asset) {
 
 }  // namespace
 
-std::shared_ptr<const ui::Image> savedPicture(const VantoriumNativeAdAsset& asset) {
-  // Somebody may have asked for the record's own image before its file was there.
-  return asset.image() ? asset.image() : ui::Image::contentsOfFile(*asset.filePath);
-}
-
 std::shared_ptr<VantoriumMediaView> VantoriumMediaView::make(Host& host, ui::Rect frame) {
   std::shared_ptr<VantoriumMediaView> view(new VantoriumMediaView(host, frame));
   view->setUp();
@@ -122,6 +117,7 @@ void VantoriumMediaView::showPicture(const VantoriumNativeAdAsset& asset) {
 }
 
 void VantoriumMediaView::play() {
+  hasEnded_ = brokeOff_ = false;
   if (player_) player_->play();
   updateTimer();
 }
@@ -130,14 +126,13 @@ void VantoriumMediaView::pause() {
   if (player_) player_->pause();
 }
 
-void VantoriumMediaView::muteClick() {
-  if (player_) setMuted(!player_->isMuted());
-}
+void VantoriumMediaView::muteClick() { setMuted(!isMuted_); }
 
 void VantoriumMediaView::setMuted(bool muted) {
+  isMuted_ = muted;
   muteImageView_->setHighlighted(muted);
   muteButton_->setAccessibilityLabel(muted ? "Unmute video" : "Mute video");
-  player_->setMuted(muted);
+  if (player_) player_->setMuted(muted);
 }
 
 void VantoriumMediaView::videoDidEnd(bool loops) {
@@ -159,26 +154,28 @@ bool VantoriumMediaView::isOnScreen() const {
 }
 
 void VantoriumMediaView::updatePlayer() {
-  if (!player_) return;
-  const bool plays = isOnScreen() && options.shouldAutoplayVideo;
-  if (plays) {
-    const bool canPlay = !hasEnded_ && !brokeOff_ && !player_->error();
+  const bool wasSeen = std::exchange(isSeen_, isOnScreen());
+  if (isSeen_ && !wasSeen) brokeOff_ = false;
+  if (player_ && isSeen_) player_->prepare();
+  if (isSeen_ && options.shouldAutoplayVideo) {
+    const bool canPlay = player_ && !hasEnded_ && !brokeOff_ && !player_->error();
     if (canPlay && !player_->isPlaying()) player_->play();
     reportVideoStartedIfNeeded();
-  } else if (player_->isPlaying()) {
+  } else if (player_ && player_->isPlaying()) {
     player_->pause();
   }
 }
 
 void VantoriumMediaView::didMoveToWindow() {
   View::didMoveToWindow();
-  brokeOff_ = false;
   updateTimer();
 }
 
-/// There is something to look after while a video plays, or could.
+/// There is something to look after while a video plays, or could, or its start is owed a report.
 void VantoriumMediaView::updateTimer() {
-  const bool isNeeded = player_ && (window() != nullptr || player_->isPlaying());
+  const bool isOwed = nativeAd && !nativeAd->isVideoStartReported && options.shouldAutoplayVideo;
+  const bool isNeeded =
+      window() != nullptr ? player_ || isOwed : isSeen_ || (player_ && player_->isPlaying());
   if (!isNeeded) {
     timer_.reset();
   } else if (!timer_) {

@@ -63,12 +63,11 @@ class VantoriumMediaView : public ui::View {
   std::shared_ptr<ui::PlayerLayer> playerLayer_;
   std::shared_ptr<ui::ImageView> imageView_, muteImageView_;
   std::shared_ptr<ui::Button> muteButton_;
-  bool hasEnded_ = false;  ///< the video has come to its end, and is not to start again
+  bool isMuted_ = false;
+  bool isSeen_ = false;    ///< at the last look
+  bool hasEnded_ = false;  ///< the video has come to its end, and does not start again by itself
   bool brokeOff_ = false;  ///< it could not go on; worth another try when it comes into sight again
   std::unique_ptr<Timer> timer_;
 };
-
-/// The picture of an asset whose file is on disk; null when that is no picture.
-std::shared_ptr<const ui::Image> savedPicture(const VantoriumNativeAdAsset& asset);
 
 }  // namespace vantorium

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <utility>
@@ -102,6 +103,7 @@ void VantoriumNativeAdView::updateUI(const VantoriumNativeAd& native) {
     }
   }
   if (const auto media = outlets.mediaView.lock()) {
+    media->setAccessibilityLabel(pictureLabel("Video or picture", native));
     media->nativeAd = nativeAd_;
     media->setClient(client_);
     media->updateUI(native);
@@ -124,13 +126,14 @@ void VantoriumNativeAdView::updatePictures(const VantoriumNativeAd& native) {
   if (!view) return;
   showImage(*view, nullptr);  // an ad without a picture must not keep another's
   view->setAccessibilityLabel(pictureLabel("Picture", native));
-  for (const auto& asset : native.assets) {
-    if (asset->type != "image") continue;
-    if (asset->filePath) {
-      showImage(*view, savedPicture(*asset));
-    } else {
-      setImage(view, asset->URL, client_.lock());
-    }
+  // Each would take the place of the one before.
+  const auto last = std::find_if(native.assets.rbegin(), native.assets.rend(),
+                                 [](const auto& asset) { return asset->type == "image"; });
+  if (last == native.assets.rend()) return;
+  if ((*last)->filePath) {
+    showImage(*view, savedPicture(**last));
+  } else {
+    setImage(view, (*last)->URL, client_.lock());
   }
 }
 
@@ -139,7 +142,7 @@ void VantoriumNativeAdView::updatePrivacyPolicy(const VantoriumNativeAd& native)
   if (!view) return;
   view->setClipsToBounds(true);
   view->setContentMode(ui::ContentMode::scaleAspectFit);
-  view->setAccessibilityLabel("Privacy policy");
+  view->setAccessibilityLabel(URL::parse(native.privacyPolicyURL) ? "Privacy policy" : "");
   setImage(view, native.privacyPolicyImageURL, client_.lock());
   if (view->recognizesTaps()) return;
   view->addTapRecognizer(acting(&VantoriumNativeAdView::didTapPrivacyPolicyImageView));

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace vantorium {
 
@@ -34,6 +35,7 @@ void VantoriumRatingView::prepareUI() {
 
 void VantoriumRatingView::setRating(double rating) {
   rating_ = rating;
+  if (std::isnan(rating)) return;  // the stars stay as they are
   updateUI(rating);
   const double said = rating > 0 ? std::min(rating, 5.0) : 0.0;
   setAccessibilityLabel(fmt::format("Rated {:.3g} out of {}", said, numberOfStars));

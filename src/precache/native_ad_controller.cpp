@@ -1,9 +1,8 @@
 #include "precache/native_ad_controller.hpp"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <map>
+#include <unordered_set>
 #include <utility>
 
 #include "platform/foundation/url.hpp"
@@ -12,18 +11,27 @@ namespace vantorium {
 
 namespace {
 
-constexpr std::size_t mostFiles = 1000;
-
-/// Keeps the files of one ad apart: of two URLs with the same path, on two hosts or with two queries, the
-/// later one's file goes into a folder of its own.
+/// Keeps the files of one ad apart: a file whose URL has the same path as another's (on two hosts, or with
+/// two queries), or a path that leads through another's, goes into a folder of its own.
 class DistinctFiles final : public FileDownloaderProtocol {
  public:
   DistinctFiles(std::shared_ptr<FileDownloaderProtocol> downloader, const std::vector<std::string>& urls)
       : downloader_(std::move(downloader)) {
-    std::map<std::string, int> uses;
+    std::unordered_set<std::string> files, folders;
     for (const std::string& url : urls) {
-      const int earlier = uses[downloader_->destinationURL(url, "", "").value_or("")]++;
-      if (earlier > 0) folders_[url] = fmt::format("/{}", earlier);
+      const std::string file = downloader_->destinationURL(url, "", "").value_or("");
+      std::vector<std::string> above;
+      for (auto slash = file.rfind('/'); slash != std::string::npos && slash > 0;
+           slash = file.rfind('/', slash - 1))
+        above.push_back(file.substr(0, slash));
+      const bool isApart = !files.contains(file) && !folders.contains(file) &&
+                           std::ranges::none_of(above, [&](const auto& one) { return files.contains(one); });
+      if (isApart) {
+        files.insert(file);
+        folders.insert(above.begin(), above.end());
+      } else {
+        folders_[url] = "/" + makeUUID();
+      }
     }
   }
 
@@ -60,11 +68,6 @@ void NativeAdController::precache(const std::shared_ptr<DispatchQueue>& queue, C
     context->onQueue(queue, [completion, error] { completion(!error, error); });
   };
   const auto wanted = urls();
-  if (wanted.size() > mostFiles) {
-    return complete(VantoriumError::internalError(fmt::format(
-        "Can't precache a native ad for {}: it has {} files, and at most {} are taken. Serve fewer files.",
-        placementID_, wanted.size(), mostFiles)));
-  }
   // A folder of our own naming: an identifier from the network would be a path from the network.
   client_->cacheClient->precacheFiles(
       makeUUID(), wanted, "", std::make_shared<DistinctFiles>(client_->fileDownloader, wanted),
@@ -77,8 +80,9 @@ void NativeAdController::precache(const std::shared_ptr<DispatchQueue>& queue, C
 /// What is to be fetched, in the order in which failures count; each once, lest two downloads write one file.
 std::vector<std::string> NativeAdController::urls() const {
   std::vector<std::string> all;
-  const auto add = [&all](const std::string& url) {
-    if (std::ranges::find(all, url) == all.end()) all.push_back(url);
+  std::unordered_set<std::string> known;
+  const auto add = [&](const std::string& url) {
+    if (known.insert(url).second) all.push_back(url);
   };
   for (const auto& asset : nativeAd_->assets) add(asset->URL);
   add(nativeAd_->appIconURL);

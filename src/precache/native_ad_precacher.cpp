@@ -127,7 +127,7 @@ void NativeAdPrecacher::finish(const std::shared_ptr<Pass>& pass, const std::opt
     if (!pass->ads.empty()) {
       context->printLog(fmt::format("Precaching finished for placement id: {}", pass->placement));
     }
-    pass->completion(pass->ads, error);
+    pass->completion(std::move(pass->ads), error);  // the application's from here on
   });
 }
 

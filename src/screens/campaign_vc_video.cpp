@@ -33,6 +33,7 @@ void CampaignVC::makePlayer() {
     handlers.periodicTime = [this](double seconds) { videoTick(seconds); };
     handlers.tickInterval = videoTickInterval;
     player_->setHandlers(std::move(handlers));
+    player_->prepare();
   }
   playerLayer_ = std::make_shared<ui::PlayerLayer>(player_);
   outlets_.playerPlaceholder->addSublayer(playerLayer_);

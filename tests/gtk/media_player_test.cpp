@@ -17,6 +17,7 @@ class PlayerTest : public DesktopTest {
     handlers.periodicTime = [this](double time) { times.push_back(time); };
     handlers.tickInterval = 0.1;
     player->setHandlers(std::move(handlers));
+    player->prepare();
     return player;
   }
 
@@ -90,6 +91,7 @@ TEST_F(PlayerTest, MayBeDestroyedInItsOwnHandler) {
     player.reset();
   };
   player->setHandlers(std::move(handlers));
+  player->prepare();
   ASSERT_TRUE(waitFor([&] { return player->duration() > 0; }));
   player->seek(player->duration() - 0.3);
   player->play();

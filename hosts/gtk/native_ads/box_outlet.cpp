@@ -13,24 +13,25 @@ namespace vantorium::gtk {
 
 namespace {
 
-constexpr int starsWidth = 100, starsHeight = 20;              // points
-constexpr int filmWidth = 16, filmHeight = 9, filmScale = 10;  // its shape, and how many points wide at least
+constexpr int starsWidth = 100, starsHeight = 20;  // points
+constexpr int videoWidth = 16, videoHeight = 9,
+              videoScale = 10;  // its shape, and how many points wide at least
 
-/// The space of a view in a box: a film is as tall as its width wants, stars are as large as text; a height
+/// The space of a view in a box: a video is as tall as its width wants, stars are as large as text; a height
 /// that the application gave to the box holds in any case.
 class Surface final : public ViewWidget {
  public:
-  explicit Surface(bool isFilm) : Glib::ObjectBase("VantoriumNativeSurface"), isFilm_(isFilm) {
+  explicit Surface(bool isVideo) : Glib::ObjectBase("VantoriumNativeSurface"), isVideo_(isVideo) {
     set_expand();
     // Given before anybody can have asked for it: a row of stars is one picture to those who do not see it.
-    if (!isFilm) g_object_set(gobj(), "accessible-role", GTK_ACCESSIBLE_ROLE_IMG, nullptr);
+    if (!isVideo) g_object_set(gobj(), "accessible-role", GTK_ACCESSIBLE_ROLE_IMG, nullptr);
   }
 
   std::function<void()> onResize;
 
  protected:
   Gtk::SizeRequestMode get_request_mode_vfunc() const override {
-    return isFilm_ ? Gtk::SizeRequestMode::HEIGHT_FOR_WIDTH : Gtk::SizeRequestMode::CONSTANT_SIZE;
+    return isVideo_ ? Gtk::SizeRequestMode::HEIGHT_FOR_WIDTH : Gtk::SizeRequestMode::CONSTANT_SIZE;
   }
 
   void measure_vfunc(Gtk::Orientation orientation, int forSize, int& minimum, int& natural,
@@ -39,11 +40,11 @@ class Surface final : public ViewWidget {
     int givenWidth = -1, givenHeight = -1;
     if (const auto* const box = get_parent()) box->get_size_request(givenWidth, givenHeight);
     if (orientation == Gtk::Orientation::HORIZONTAL) {
-      natural = givenWidth >= 0 ? givenWidth : isFilm_ ? filmWidth * filmScale : starsWidth;
-      minimum = isFilm_ ? std::min(natural, 1) : natural;
-    } else if (isFilm_) {
-      const int width = forSize >= 0 ? forSize : filmWidth * filmScale;
-      minimum = natural = givenHeight >= 0 ? givenHeight : width * filmHeight / filmWidth;
+      natural = givenWidth >= 0 ? givenWidth : isVideo_ ? videoWidth * videoScale : starsWidth;
+      minimum = isVideo_ ? std::min(natural, 1) : natural;
+    } else if (isVideo_) {
+      const int width = forSize >= 0 ? forSize : videoWidth * videoScale;
+      minimum = natural = givenHeight >= 0 ? givenHeight : width * videoHeight / videoWidth;
     } else {
       minimum = natural = givenHeight >= 0 ? givenHeight : starsHeight;
     }
@@ -58,7 +59,7 @@ class Surface final : public ViewWidget {
   }
 
  private:
-  const bool isFilm_;
+  const bool isVideo_;
   int width_ = 0, height_ = 0;
 };
 

@@ -79,9 +79,16 @@ void NativeAdBinding::dropOutletsThatAreGone() {
 }
 
 void NativeAdBinding::commit() {
+  window_->didCommit();  // what changes from here on, in handlers of the application, is for the next time
   dropOutletsThatAreGone();
-  for (const auto& [name, connected] : outlets_) connected.outlet->sync();
-  window_->didCommit();
+  if (!view_->nativeAd()) return;  // until then the widgets are as the application made them
+  // Copies: such a handler may connect other outlets, or end this object.
+  const auto outlets = outlets_;
+  const std::weak_ptr<bool> alive = alive_;
+  for (const auto& [name, connected] : outlets) {
+    if (alive.expired()) return;
+    connected.outlet->sync();
+  }
 }
 
 // The toolkit tells when a widget is mapped, but not when it is scrolled out of sight.

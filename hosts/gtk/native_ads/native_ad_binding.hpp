@@ -47,9 +47,10 @@ class NativeAdBinding final : private ui::Renderer {
   std::shared_ptr<VantoriumNativeAdView> view_;
   struct Connected {
     std::shared_ptr<ui::View> view;
-    std::unique_ptr<Outlet> outlet;
+    std::shared_ptr<Outlet> outlet;
   };
   std::map<std::string, Connected> outlets_;
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   std::vector<sigc::connection> connections_;
   sigc::connection watching_;
 };

@@ -1,5 +1,7 @@
 #include "hosts/gtk/native_ads/outlets.hpp"
 
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "hosts/gtk/accessibility.hpp"
@@ -13,18 +15,31 @@ namespace vantorium::gtk {
 
 namespace {
 
+/// Longer texts serve no reader, and laying one out would hold up the application.
+constexpr Glib::ustring::size_type longestText = 5000;
+
+/// Text of an ad as widgets take it.
+Glib::ustring presentable(const std::string& text) {
+  const Glib::ustring valid = Glib::ustring(text).make_valid();
+  return valid.size() > longestText ? valid.substr(0, longestText) + "…" : valid;
+}
+
 class LabelOutlet final : public Outlet {
  public:
   LabelOutlet(Gtk::Label& label, std::shared_ptr<ui::Label> view) : label_(label), view_(std::move(view)) {}
 
   Gtk::Widget* widget() override { return label_.get(); }
   void sync() override {
-    if (label_ && label_->get_text() != view_->text().c_str()) label_->set_text(view_->text());
+    // What the application made of the text since is left as it is.
+    if (!label_ || put_ == view_->text()) return;
+    put_ = view_->text();
+    label_->set_text(presentable(*put_));
   }
 
  private:
   WeakWidget<Gtk::Label> label_;
   std::shared_ptr<ui::Label> view_;
+  std::optional<std::string> put_;
 };
 
 class ButtonOutlet final : public Outlet {
@@ -39,12 +54,28 @@ class ButtonOutlet final : public Outlet {
 
   Gtk::Widget* widget() override { return button_.get(); }
   void sync() override {
-    if (button_ && button_->get_label() != view_->title().c_str()) button_->set_label(view_->title());
+    if (!button_ || put_ == view_->title()) return;
+    put_ = view_->title();
+    Gtk::Widget* const child = button_->get_child();
+    if (auto* const label = child != nullptr ? labelIn(*child) : nullptr) {
+      label->set_text(presentable(*put_));  // among whatever else the application put there
+    } else {
+      button_->set_label(presentable(*put_));
+    }
   }
 
  private:
+  static Gtk::Label* labelIn(Gtk::Widget& widget) {
+    if (auto* const label = dynamic_cast<Gtk::Label*>(&widget)) return label;
+    for (Gtk::Widget* child = widget.get_first_child(); child != nullptr; child = child->get_next_sibling()) {
+      if (auto* const label = labelIn(*child)) return label;
+    }
+    return nullptr;
+  }
+
   WeakWidget<Gtk::Button> button_;
   std::shared_ptr<ui::Button> view_;
+  std::optional<std::string> put_;
   sigc::connection clicked_;
 };
 
@@ -70,7 +101,11 @@ class PictureOutlet final : public Outlet {
         taps_(widget, *view),
         source_(std::move(images), [this](const auto& picture) {
           if (widget_) putPicture(*widget_, picture);
-        }) {}
+        }) {
+    rescaled_ = widget.property_scale_factor().signal_changed().connect(
+        [this] { source_.rescale(widget_->get_scale_factor()); });
+  }
+  ~PictureOutlet() override { rescaled_.disconnect(); }
 
   Gtk::Widget* widget() override { return widget_.get(); }
   void sync() override {
@@ -86,6 +121,7 @@ class PictureOutlet final : public Outlet {
   std::shared_ptr<ui::ImageView> view_;
   TapTarget taps_;
   PictureSource source_;
+  sigc::connection rescaled_;
 };
 
 template <typename View>

@@ -27,11 +27,31 @@ TapTarget::~TapTarget() {
   if (!widget_ || !clicks_) return;
   widget_->remove_controller(clicks_);
   widget_->remove_controller(keys_);
+  offer(false);
+}
+
+// A link that leads nowhere is no control, and says nothing of itself.
+void TapTarget::offer(bool isLink) {
+  if (isLink == isOffered_) return;
+  isOffered_ = isLink;
+  widget_->set_focusable(isLink);
+  widget_->set_cursor(isLink ? "pointer" : "");
+  if (isLink) {
+    gtk_accessible_update_property(GTK_ACCESSIBLE(widget_->gobj()), GTK_ACCESSIBLE_PROPERTY_ROLE_DESCRIPTION,
+                                   "link", -1);
+  } else {
+    gtk_accessible_reset_property(GTK_ACCESSIBLE(widget_->gobj()), GTK_ACCESSIBLE_PROPERTY_ROLE_DESCRIPTION);
+  }
 }
 
 void TapTarget::sync() {
   const auto view = view_.lock();
-  if (isLeftAlone_ || clicks_ || !widget_ || !view || !view->recognizesTaps()) return;
+  if (isLeftAlone_ || !widget_ || !view || !view->recognizesTaps()) return;
+  offer(!view->accessibilityLabel().empty());
+  if (!clicks_) addControllers();
+}
+
+void TapTarget::addControllers() {
   const auto tap = [this] {
     if (const auto tapped = view_.lock()) tapped->handleTap();
   };
@@ -51,8 +71,6 @@ void TapTarget::sync() {
       },
       false);
   widget_->add_controller(keys_);
-  widget_->set_focusable();
-  widget_->set_cursor("pointer");
 }
 
 }  // namespace vantorium::gtk

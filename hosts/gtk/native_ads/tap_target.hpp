@@ -19,9 +19,13 @@ class TapTarget {
   void sync();
 
  private:
+  void offer(bool isLink);
+  void addControllers();
+
   WeakWidget<Gtk::Widget> widget_;
   std::weak_ptr<ui::View> view_;
   bool isLeftAlone_ = false;
+  bool isOffered_ = false;
   Glib::RefPtr<Gtk::GestureClick> clicks_;
   Glib::RefPtr<Gtk::EventControllerKey> keys_;
 };

@@ -30,8 +30,9 @@ bool hasUnclippedPart(GtkWidget* widget) {
     const bool clips =
         gtk_widget_get_overflow(each) == GTK_OVERFLOW_HIDDEN || gtk_widget_get_parent(each) == nullptr;
     graphene_rect_t area;
-    if (!clips || !gtk_widget_compute_bounds(each, widget, &area)) continue;
-    if (!graphene_rect_intersection(&left, &area, &left)) return false;
+    const bool isKnown = gtk_widget_compute_bounds(each, widget, &area);
+    if (clips && isKnown && !graphene_rect_intersection(&left, &area, &left)) return false;
+    if (GTK_IS_NATIVE(each)) break;  // a popover is not clipped by what it belongs to
   }
   return left.size.width > 0 && left.size.height > 0;
 }

@@ -11,12 +11,14 @@
 namespace vantorium {
 
 /// Plays one media file. Implemented by a host; main thread only. A new player is at time zero, paused, with
-/// sound. Handlers are called on the main thread, never after the player is gone. Nothing is decoded or heard
-/// before `play` beyond what is needed to know duration and size.
+/// sound, and has not touched its file. Handlers are called on the main thread, never after the player is
+/// gone.
 class MediaPlayer {
  public:
   virtual ~MediaPlayer() = default;
 
+  /// Gets to know duration and size and shows the first picture. Playing needs no preparation.
+  virtual void prepare() = 0;
   virtual void play() = 0;
   virtual void pause() = 0;
   /// Moves to `seconds`; `exact` asks for the very frame, otherwise a near one will do.

@@ -10,7 +10,9 @@ namespace vantorium::ui {
 namespace {
 
 /// Schemes by which an ad could reach into this machine rather than lead out of it.
-constexpr std::array refusedSchemes{"", "file", "javascript", "data", "blob", "about", "view-source"};
+constexpr std::array refusedSchemes{
+    "",         "file",    "javascript", "data", "blob", "about", "view-source", "admin", "trash", "recent",
+    "computer", "network", "smb",        "sftp", "nfs",  "afp",   "dav",         "davs",  "mtp"};
 
 bool isRefused(const std::string& url) {
   const auto parsed = URL::parse(url);

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/foundation/file_descriptor.hpp"
+#include "platform/foundation/url.hpp"
 
 namespace vantorium::ui {
 
@@ -27,6 +28,11 @@ bool beginsLikePicture(std::string_view bytes) {
 }
 
 }  // namespace
+
+Image::Image(std::string name, Source source) : name_(std::move(name)), source_(std::move(source)) {
+  // The same address may bring another picture the next time.
+  identity_ = data() != nullptr ? "bytes " + makeUUID() : name_;
+}
 
 std::shared_ptr<const Image> Image::named(std::string name) {
   if (name.empty()) return nullptr;

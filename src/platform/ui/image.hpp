@@ -10,8 +10,7 @@
 namespace vantorium::ui {
 
 /// A picture to be drawn: one of the SDK's bundle, or one of an ad, which came from the network and may be
-/// anything. It is not decoded here but by the host that shows it, once. Immutable but for what the host
-/// keeps with it.
+/// anything. It is not decoded here but by the host that shows it. Immutable; any thread.
 class Image {
  public:
   /// Larger files are not taken for pictures.
@@ -31,20 +30,18 @@ class Image {
   bool isBundled() const { return std::holds_alternative<Bundled>(source_); }
   /// The bytes, when they are in memory; null for a file or an image of the bundle.
   const Data* data() const { return std::get_if<Data>(&source_); }
-
-  /// What the host made of it, kept as long as the image. Main thread only.
-  const std::shared_ptr<void>& decoded() const { return decoded_; }
-  void setDecoded(std::shared_ptr<void> decoded) const { decoded_ = std::move(decoded); }
+  /// Equal for images that look the same: those of one file, and copies of one that came as bytes.
+  const std::string& identity() const { return identity_; }
 
  private:
   struct Bundled {};
   struct File {};
   using Source = std::variant<Bundled, File, Data>;
-  Image(std::string name, Source source) : name_(std::move(name)), source_(std::move(source)) {}
+  Image(std::string name, Source source);
 
   std::string name_;
   Source source_;
-  mutable std::shared_ptr<void> decoded_;
+  std::string identity_;
 };
 
 }  // namespace vantorium::ui
