@@ -4,10 +4,10 @@ import datetime
 from collections import Counter
 
 
-def entries(game, service):
-    """(time, who, what, details) of everything the game noted and the service saw, in order."""
+def entries(app, service):
+    """(time, who, what, details) of everything the application noted and the service saw, in order."""
     found = []
-    for note in game.timeline():
+    for note in app.timeline():
         details = [f"{key}: {value}" for key, value in note.items()
                    if key not in ("seconds", "time", "who", "what") and value]
         found.append((note["time"], note["who"], note["what"], ", ".join(details)))
@@ -24,37 +24,42 @@ def seconds(iso):
     return datetime.datetime.fromisoformat(iso.replace("Z", "+00:00")).timestamp()
 
 
-def table(game, service):
-    rows = entries(game, service)
-    start = next((note["time"] - note["seconds"] for note in game.timeline()), rows[0][0] if rows else 0)
+def table(app, service):
+    rows = entries(app, service)
+    start = next((note["time"] - note["seconds"] for note in app.timeline()), rows[0][0] if rows else 0)
     lines = [f"{time - start:8.2f}  {who:<10}  {what:<52}  {details}" for time, who, what, details in rows]
     return "\n".join([f"{'seconds':>8}  {'who':<10}  {'what':<52}  details", *lines])
 
 
 def print_what_is_known(stage):
     """The table as far as there is one, when the demo could not go on."""
-    if stage.game and stage.service:
-        print("\n" + table(stage.game, stage.service))
+    if stage.app and stage.service:
+        print("\n" + table(stage.app, stage.service))
 
 
-def conclude(game, service, service_exit_code, reward):
-    """Prints table and verdict; whether everything was as it should be."""
-    print("\n" + table(game, service) + "\n")
-    ok = True
-    for text, holds in checks(game, service, service_exit_code, reward):
+def verdict(checks):
+    """Prints each check and whether it held; whether all did."""
+    for text, holds in checks:
         print(f"  {'ok    ' if holds else 'FAILED'}  {text}")
-        ok = ok and holds
-    print("\nThe demo " + ("went well." if ok else "FAILED."))
-    return ok
+    return all(holds for _, holds in checks)
 
 
-def checks(game, service, service_exit_code, reward):
+def rules_and_ends(apps, service, service_exit_code):
+    """What holds for any application."""
+    broken = [text for request in service.requests for text in request["violations"]]
+    return [
+        (f"no request broke a rule of the service{f': {broken}' if broken else ''}", not broken),
+        *((f"the {app.name} ended well (exit code {app.exit_code})", app.exit_code == 0) for app in apps),
+        (f"the service ended well (exit code {service_exit_code})", service_exit_code == 0),
+    ]
+
+
+def of_the_game(game, service, reward):
     counts = Counter(event["kind"] for event in service.events)
     shown = {event["impression"] for event in service.events}
     rewards = game.notes(who="delegate", what="didReceiveReward")
     paid = game.notes(what="coins", change=str(reward))
     closed = game.notes(who="completion", what="showCampaign")
-    broken = [text for request in service.requests for text in request["violations"]]
     return [
         ("the delegate heard of two rewards", len(rewards) == 2),
         (f"{reward} coins were paid, twice", len(paid) == 2),
@@ -65,7 +70,4 @@ def checks(game, service, service_exit_code, reward):
         *((f"the service counted {kind}: {number}", counts[kind] == number)
           for kind, number in {"impression": 3, "finished": 2, "click": 2}.items()),
         ("all of them for what was shown", len(shown) == 3),
-        (f"no request broke a rule of the service{f': {broken}' if broken else ''}", not broken),
-        (f"the game ended well (exit code {game.exit_code})", game.exit_code == 0),
-        (f"the service ended well (exit code {service_exit_code})", service_exit_code == 0),
     ]

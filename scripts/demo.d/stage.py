@@ -1,4 +1,4 @@
-"""The processes of the demo: display, ad service and game. All that is started here is ended here."""
+"""The processes of the demo: display, ad service and applications. All that is started here is ended here."""
 
 import json
 import os
@@ -10,8 +10,8 @@ import tempfile
 import time
 import urllib.request
 
-WIDTH, HEIGHT = 390, 844  # the game's window, as it opens
-SCREEN = max(WIDTH, HEIGHT)  # either side of the virtual display, so that the window can be turned
+WIDTH, HEIGHT = 390, 844  # of a window, as it opens
+SCREEN = 1000  # either side of the virtual display, so that a window can be turned, or wide
 LOOPBACK = urllib.request.build_opener(urllib.request.ProxyHandler({}))
 
 
@@ -96,6 +96,7 @@ class Service(Process):
     """The local ad service."""
 
     def __init__(self, program, log, record):
+        self.record = record
         super().__init__("ad service", [program, "--port", "0", "--log", record], log, stdout=subprocess.PIPE)
         self.url = self.popen.stdout.readline().decode().strip()
         if not self.url:
@@ -110,24 +111,28 @@ class Service(Process):
         self.read_journal()
         return any(request["path"].startswith(path) for request in self.requests)
 
-    def get(self, path):
+    def order(self, fault):
+        """Sets a fault, as the service's README lists them."""
+        self.get("/sandbox/faults", json.dumps(fault).encode())
+
+    def get(self, path, body=None):
         try:
-            with LOOPBACK.open(self.url + path, timeout=10) as answer:
+            with LOOPBACK.open(self.url + path, body, timeout=10) as answer:
                 return json.load(answer)
         except OSError as error:
             raise Failure(f"The ad service does not answer {path}: {error}") from error
 
 
-class Game(Process):
-    """The coin game, which notes in its timeline what it hears and does."""
+class Application(Process):
+    """An application with ads, which notes in its timeline what it hears and does."""
 
-    def __init__(self, program, log, timeline, service_url, env, *options):
-        self.timeline_file = timeline
-        timeline.unlink(missing_ok=True)
-        command = [program, "--service-url", service_url, "--timeline", timeline, *options]
+    def __init__(self, name, program, record, service_url, env, *options):
+        self.timeline_file = record.with_suffix(".jsonl")
+        self.timeline_file.unlink(missing_ok=True)
+        command = [program, "--service-url", service_url, "--timeline", self.timeline_file, *options]
         if shutil.which("dbus-run-session") and "DBUS_SESSION_BUS_ADDRESS" not in env:
             command = ["dbus-run-session", "--", *command]
-        super().__init__("game", command, log, env)
+        super().__init__(name, command, record.with_suffix(".log"), env)
 
     def timeline(self):
         if not self.timeline_file.exists():
@@ -140,7 +145,7 @@ class Game(Process):
 
 
 class Desktop:
-    """What opens web addresses for the game's user: it only writes them down."""
+    """What opens web addresses for the user: it only writes them down."""
 
     def __init__(self, out, home):
         self.list = out / "opened.txt"
@@ -162,7 +167,7 @@ class Stage:
     def __init__(self, build, out):
         self.build, self.out = build.resolve(), out.resolve()
         self.processes = []
-        self.service = self.game = None
+        self.service = self.app = None
         self.display = self.desktop = None
 
     def __enter__(self):
@@ -185,9 +190,11 @@ class Stage:
         self.display.wait_until_open()
         return self.display
 
-    def start_service(self):
+    def start_service(self, record):
+        """What it notes is in files whose names begin with `record`."""
         program = self.build / "tools/sandbox/vantorium-sandbox"
-        self.service = self.start(Service(program, self.out / "service.log", self.out / "service.jsonl"))
+        self.service = self.start(Service(program, self.out / f"{record}-service.log",
+                                          self.out / f"{record}-service.jsonl"))
         print(f"The ad service runs at {self.service.url}", flush=True)
         return self.service
 
@@ -195,17 +202,23 @@ class Stage:
         return self.service.stop()
 
     def start_game(self, *options):
-        program = self.build / "examples/coin_game/coin_game"
-        self.game = self.start(Game(program, self.out / "game.log", self.out / "timeline.jsonl", self.service.url,
-                                    self.environment(), *options))
-        return self.game
+        return self.start_app("game", "coin_game", "game", *options)
+
+    def start_newspaper(self, record, *options, **variables):
+        return self.start_app("newspaper", "news_feed", record, *options, **variables)
+
+    def start_app(self, name, program, record, *options, **variables):
+        program = self.build / "examples" / program / program
+        env = {**self.environment(), **variables}
+        self.app = self.start(Application(name, program, self.out / record, self.service.url, env, *options))
+        return self.app
 
     def start(self, process):
         self.processes.append(process)
         return process
 
     def environment(self):
-        """The game's own home, so that nothing of the user's is read or touched."""
+        """The application's own home, so that nothing of the user's is read or touched."""
         env = dict(os.environ)
         home = self.out / "home"
         if "XAUTHORITY" not in env and (pathlib.Path.home() / ".Xauthority").exists():
@@ -248,4 +261,6 @@ class Stage:
             lines = process.log.read_text(errors="replace").splitlines()[-10:]
             if lines:
                 print(f"The end of what the {process.name} said ({process.log}):", *lines, sep="\n  ")
-        print(f"What the game noted and the service recorded: {self.out}/timeline.jsonl, {self.out}/service.jsonl")
+        if self.app:
+            print(f"What the {self.app.name} noted and the service recorded: {self.app.timeline_file},"
+                  f" {self.service.record}")
