@@ -2,7 +2,8 @@
 
 from report import seconds
 
-# Every event there is to be, in this order. A video starts when an ad is filled with it, seen or not.
+# Every event there is to be, in this order. A video starts when an ad is filled with it, seen or not; a picture in its
+# place once it is seen.
 EXPECTED = [
     ("top", "started", "native-video"),
     ("video", "impression", "native-video"),
@@ -10,6 +11,7 @@ EXPECTED = [
     ("row", "impression", "native-row"),
     ("row", "click", "native-row"),
     ("pictures", "impression", "native-images"),
+    ("pictures", "started", "native-images"),
 ]
 
 

@@ -160,7 +160,7 @@ void VantoriumMediaView::updatePlayer() {
   if (isSeen_ && options.shouldAutoplayVideo) {
     const bool canPlay = player_ && !hasEnded_ && !brokeOff_ && !player_->error();
     if (canPlay && !player_->isPlaying()) player_->play();
-    reportVideoStartedIfNeeded();
+    reportVideoStartedIfNeeded();  // the service wants it of any medium that is seen
   } else if (player_ && player_->isPlaying()) {
     player_->pause();
   }
