@@ -10,22 +10,12 @@
 #include "platform/foundation/ascii.hpp"
 #include "platform/foundation/files.hpp"
 #include "platform/foundation/url.hpp"
+#include "protocol/endpoint.hpp"
 #include "protocol/envelope.hpp"
 
 namespace vantorium {
 
 using nlohmann::json;
-
-/// One request as its endpoint wants it.
-struct HTTPClient::Endpoint {
-  std::string method = "GET";
-  std::string url = {};
-  bool isEncoded = true;  ///< the whole URL is percent-encoded before it is parsed
-  bool hasContentType = false;
-  bool hasUserAgent = false;
-  bool isAuthorized = false;
-  std::string body = {};
-};
 
 namespace {
 
@@ -47,30 +37,6 @@ std::optional<std::string> tokenOf(const json& answer) {
   const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
   if (token && std::ranges::any_of(*token, isControl)) token.reset();
   return token;
-}
-
-/// Far more than is ever asked for: each costs downloads.
-constexpr std::size_t mostAds = 50;
-
-/// The ads under `key` of an answer, each made by `make`, the first fifty at most; when there are none, the
-/// envelope turns into that failure.
-template <typename Make>
-auto takeAds(Envelope& envelope, const char* key, const char* noneAvailable, const Make& make) {
-  std::vector<decltype(make(json()))> ads;
-  if (!envelope.object) return ads;
-  const auto list = envelope.object->find(key);
-  const bool isSound = list != envelope.object->end() && list->is_array() &&
-                       std::ranges::all_of(*list, [](const json& one) { return one.is_object(); });
-  if (!isSound) {
-    envelope = Envelope::broken();
-  } else if (list->empty()) {
-    envelope = {.error = VantoriumError::internalError(noneAvailable)};
-  } else {
-    for (auto one = list->begin(); one != list->end() && ads.size() < mostAds; ++one) {
-      ads.push_back(make(*one));
-    }
-  }
-  return ads;
 }
 
 /// No word is longer than one byte less, whatever the length of the answer.
@@ -168,64 +134,6 @@ std::shared_ptr<void> HTTPClient::dataTask(const std::string& withURL, std::uint
   request.mostBodyBytes = mostBytes;
   const std::uint64_t exchange = session_->send(std::move(request), std::move(completion));
   return {nullptr, [session = session_, exchange](void*) { session->cancel(exchange); }};
-}
-
-/// Where ads are asked for; `reachability` is there.
-std::string HTTPClient::adsURL(const std::string& path, const std::string& placement, int number,
-                               const std::vector<std::string>& cachedIDs) const {
-  std::string url = fmt::format("{}{}?placementId={}&connectionType={}&numOfCampaigns={}", baseURL_, path,
-                                placement, reachability_->currentReachabilityTechnologyString(), number);
-  for (const std::string& id : cachedIDs) url += "&cachedCampaignIds=" + id;
-  return url;
-}
-
-void HTTPClient::getCampaigns(const std::string& forPlacement, int numberOfCampaigns,
-                              const std::vector<std::string>& cachedCampaingIDs,
-                              const CampaignsCompletion& completion) {
-  if (!reachability_) {
-    completion({}, VantoriumError::internalError());
-    return;
-  }
-  const auto finish = [context = context_, completion](const auto& body, const auto& transportError) {
-    Envelope envelope = Envelope::read(body, transportError);
-    auto campaigns = takeAds(envelope, "data", "No campaigns available at the moment.",
-                             [](const json& one) { return std::make_shared<Campaign>(one); });
-    if (envelope.flaw == Envelope::Flaw::notJSON) context->logError(envelope.error->errorMessage());
-    completion(std::move(campaigns), envelope.error);
-    if (envelope.flaw == Envelope::Flaw::broken)
-      context->logError(
-          invalidResponseLine("Invalid server response from /api/campaigns/ Response: ", *body));
-  };
-  const Endpoint endpoint{.url = adsURL("/api/campaigns", forPlacement, numberOfCampaigns, cachedCampaingIDs),
-                          .hasContentType = true,
-                          .hasUserAgent = true,
-                          .isAuthorized = true};
-  if (const auto error = send(endpoint, finish)) completion({}, error);
-}
-
-void HTTPClient::getNativeAds(const std::string& placementID,
-                              const std::map<std::string, std::string>& parameters, int numberOfAds,
-                              const std::vector<std::string>& cachedNativeAdIDs,
-                              const NativeAdsCompletion& completion) {
-  if (!sessionToken() || !reachability_) {
-    completion({}, sessionToken() ? VantoriumError::internalError() : VantoriumError::notConfigured());
-    return;
-  }
-  std::string url = adsURL("/api/sdk/native", placementID, numberOfAds, cachedNativeAdIDs);
-  for (const auto& [key, value] : parameters) url.append("&").append(key).append("=").append(value);
-  const auto finish = [context = context_, placementID, completion](const auto& body,
-                                                                    const auto& transportError) {
-    Envelope envelope = Envelope::read(body, transportError);
-    auto ads = takeAds(envelope, "result", "No native ads available at the moment.",
-                       [&](const json& one) { return makeNativeAd(one, placementID); });
-    if (envelope.flaw == Envelope::Flaw::notJSON) context->logError(envelope.error->errorMessage());
-    completion(std::move(ads), envelope.error);
-    if (envelope.flaw == Envelope::Flaw::broken)
-      context->logError(
-          invalidResponseLine("Invalid server response from /api/nativeads/ Response: ", *body));
-  };
-  const Endpoint endpoint{.url = url, .hasContentType = true, .hasUserAgent = true, .isAuthorized = true};
-  if (const auto error = send(endpoint, finish)) completion({}, error);
 }
 
 void HTTPClient::getRewardableOffer(const std::string& forPlacement, const OfferCompletion& completion) {
