@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hosts/gtk/image_loader.hpp"
+#include "hosts/gtk/native_ads/ticker.hpp"
 #include "hosts/gtk/orientation_sensor.hpp"
 #include "hosts/gtk/stage.hpp"
 #include "platform/ui/application.hpp"
@@ -21,6 +22,8 @@ class DesktopApplication final : public ui::Application {
 
   void attach(Gtk::Window& window);
   const std::shared_ptr<ImageLoader>& images() const { return images_; }
+  /// When to look what can be seen.
+  Ticker& ticker() { return ticker_; }
   /// Whether a full-screen ad covers the content of the window.
   bool isCovered(GtkWindow* window) const;
   void holdDevice(ui::DeviceOrientation orientation) { sensor_.hold(orientation); }
@@ -50,6 +53,7 @@ class DesktopApplication final : public ui::Application {
   std::string storeURL_;
   std::function<void(std::string_view)> print_;
   std::shared_ptr<ImageLoader> images_ = std::make_shared<ImageLoader>();
+  Ticker ticker_;
   std::vector<std::unique_ptr<Stage>> stages_;  ///< in the order in which they were attached
   OrientationSensor sensor_;
   /// The monitor's shape while the device was held in its natural way.

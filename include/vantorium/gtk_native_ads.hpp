@@ -38,8 +38,9 @@ class NativeAdBinding;
 /// destroyed at any time. Once the view was filled, the SDK sets its text (5,000 characters at most), its
 /// picture and what it tells assistive technology; what the application changes afterwards stays until the
 /// view is filled again. Into the boxes of `mediaView` and `ratingView` it puts a view of its own: the medium
-/// as wide as the box and, unless the box is given another height, as tall as a video of 16:9; the stars 100
-/// by 20 points unless the box is larger.
+/// as wide as the box and, unless the box is given another height, as tall as a video of 16:9 (inside a
+/// horizontal box give it a height: GTK wants no widget there that grows taller with its width); the stars
+/// 100 by 20 points unless the box is larger.
 ///
 /// Pictures have the size that the advertiser gave them, up to 2,048 points, so give their widgets a size:
 /// `Gtk::Picture::set_content_fit` says how they fill it, `Gtk::Image` goes by its pixel size. What can be

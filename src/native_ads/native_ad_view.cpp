@@ -86,6 +86,8 @@ void VantoriumNativeAdView::show(std::shared_ptr<VantoriumNativeAd> nativeAd,
   nativeAd_ = std::move(nativeAd);
   client_ = client;
   updateUI(*nativeAd_);
+  const auto self = shared_from_this();  // handlers of the application may let go of the view
+  if (const auto fill = didFill) fill();
   reportImpressionIfNeeded();
 }
 

@@ -44,6 +44,8 @@ class VantoriumNativeAdView : public ui::View {
   /// All names that `makeOutlet` knows.
   static const std::vector<std::string>& outletNames();
 
+  /// For hosts: called when the view has been filled, before anybody hears of it.
+  std::function<void()> didFill;
   /// Sent with the click's report.
   std::optional<VantoriumServerParameter> serverParameter;
   /// The ad shown; null for none.

@@ -10,12 +10,6 @@
 
 namespace vantorium::gtk {
 
-namespace {
-
-constexpr unsigned visibilityInterval = 100;  // milliseconds
-
-}  // namespace
-
 /// Where the view stands while it is in no window: what changes is mirrored all the same, for a widget that
 /// is not seen yet has a size.
 class NativeAdBinding::Shelf final : public ui::View {
@@ -36,9 +30,10 @@ NativeAdBinding::NativeAdBinding(Gtk::Widget& widget, DesktopHost& host)
       shelf_(std::make_shared<Shelf>(commit_)),
       view_(std::make_shared<VantoriumNativeAdView>(host)) {
   shelf_->addSubview(view_);
+  view_->didFill = [this] { commit(); };
   connections_.push_back(widget.signal_map().connect([this] { watch(); }));
   connections_.push_back(widget.signal_unmap().connect([this] {
-    watching_.disconnect();
+    watching_.reset();
     updateVisibility();
   }));
   if (widget.get_mapped()) watch();
@@ -46,8 +41,10 @@ NativeAdBinding::NativeAdBinding(Gtk::Widget& widget, DesktopHost& host)
 
 NativeAdBinding::~NativeAdBinding() {
   for (auto& connection : connections_) connection.disconnect();
-  watching_.disconnect();
-  view_->removeFromSuperview();  // others may hold it, and the shelf refers to this object
+  watching_.reset();
+  // Others may hold it, and both refer to this object.
+  view_->removeFromSuperview();
+  view_->didFill = nullptr;
 }
 
 std::optional<Error> NativeAdBinding::connect(const std::string& outlet, Gtk::Widget& widget) {
@@ -93,12 +90,7 @@ void NativeAdBinding::commit() {
 
 // The toolkit tells when a widget is mapped, but not when it is scrolled out of sight.
 void NativeAdBinding::watch() {
-  watching_ = Glib::signal_timeout().connect(
-      [this] {
-        updateVisibility();
-        return true;
-      },
-      visibilityInterval);
+  watching_ = host_.application().ticker().subscribe([this] { updateVisibility(); });
   look_.schedule();
 }
 

@@ -52,7 +52,7 @@ class NativeAdBinding final : private ui::Renderer {
   std::map<std::string, Connected> outlets_;
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
   std::vector<sigc::connection> connections_;
-  sigc::connection watching_;
+  std::shared_ptr<Ticker::Tick> watching_;
 };
 
 }  // namespace vantorium::gtk

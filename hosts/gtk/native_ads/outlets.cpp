@@ -57,7 +57,7 @@ class ButtonOutlet final : public Outlet {
     if (!button_ || put_ == view_->title()) return;
     put_ = view_->title();
     Gtk::Widget* const child = button_->get_child();
-    const bool isOwn = child != nullptr && dynamic_cast<Gtk::Label*>(child) == nullptr;
+    const bool isOwn = child != nullptr && gtk_button_get_label(button_->gobj()) == nullptr;
     if (auto* const label = isOwn ? labelIn(*child) : nullptr) {
       label->set_text(presentable(*put_));  // among whatever else the application put there
     } else {
