@@ -39,6 +39,9 @@ class Reader(Person):
                 heights.append(y)
         return heights
 
+    def wide_button(self, what):
+        return self.until(f"the button \"{what}\" to be seen", lambda: self.screen.find(CALL_BLUE, 300))
+
     def wide_button_below(self, height):
         """Whether the button under a video is to be seen, so far down that there is something of the video too."""
         button = self.screen.find(CALL_BLUE, 300)
@@ -95,6 +98,7 @@ class Reader(Person):
         self.scroll_to_next_ad(400)
         self.counted("impression", 1)
         self.moving()
+        self.wide_button("Play")
         self.screen.photograph("19-feed-video")
         self.counted("finished", 1)
         self.go_to("past the video")
@@ -121,6 +125,8 @@ class Reader(Person):
         self.go_to("pictures")
         self.scroll_to_next_ad(400)
         self.counted("impression", 3)
+        self.counted("started", 2)
+        self.wide_button("Install")
         self.still()
         self.screen.photograph("23-feed-pictures")
         self.go_to("end")
