@@ -21,7 +21,8 @@ namespace gtk {
 
 struct HostOptions {
   /// Reverse-domain name of the application: names its folders for caches and preferences, and is told to the
-  /// service.
+  /// service. A second process of the same name and user empties the cache of the first, whose ads then fail
+  /// to show until they are precached again.
   std::string applicationID{};
   /// Told to the service when not empty.
   std::string applicationVersion{};

@@ -29,9 +29,12 @@ class NativeAdBinding;
 ///     Vantorium::populateNativeAdView(row->view(), ad, [](bool, std::optional<Error>) {});
 ///
 /// The outlets, and the widgets they take:
-///  - `appNameLabel`, `appDeveloperLabel`, `appDescriptionLabel`, `reviewsLabel`: a `Gtk::Label`;
-///  - `iconImageView`, `imageView`, `privacyPolicyImageView`: a `Gtk::Picture` or `Gtk::Image`;
-///  - `callToActionButton`: a `Gtk::Button`; its label, or the first label inside it, is set;
+///  - `appNameLabel`, `appDeveloperLabel`, `appDescriptionLabel`, `reviewsLabel` (the bare number): a
+///    `Gtk::Label`;
+///  - `iconImageView`, `imageView`: a `Gtk::Picture` or `Gtk::Image`;
+///  - `privacyPolicyImageView`: likewise; a tap on it opens the advertiser's privacy policy;
+///  - `callToActionButton`: a `Gtk::Button`; its label, or the first label inside it, is set; a click opens
+///    `trackingURL` with the desktop's browser or store, and the delegate hears of it;
 ///  - `mediaView`, `ratingView`: an empty `Gtk::Box`.
 ///
 /// Every outlet is optional. A connected widget stays the application's: it may be styled, moved and
@@ -51,7 +54,9 @@ class NativeAdBinding;
 /// is scrolled out of view, on a page of a stack that is not shown, in a window that is hidden or minimised,
 /// or under a full-screen ad. That is looked at ten times a second while the widget is mapped. The video
 /// plays while a part of the medium is seen in this sense, and the impression is reported when the ad is seen
-/// first.
+/// first. The start is reported when the view is filled with a video, seen or not, or when a picture in its
+/// place is seen; the end when a video that loops has been played once. Windows need no `attach` for native
+/// ads.
 ///
 /// The host, one that `makeHost` gave, outlives the widget; with another kind of host the widget stays empty
 /// and says so on the console.
@@ -61,7 +66,8 @@ class NativeAdView : public Gtk::Box {
                         int spacing = 0);
   /// For interface files, with `Gtk::Builder::get_widget_derived<NativeAdView>(builder, "ad", *host)`, where
   /// "ad" is a GtkBox: connects every object of the file whose ID is the name of an outlet. One that does not
-  /// fit its outlet is left alone, with a warning on the console that says why.
+  /// fit its outlet is left alone, with a warning on the console that says why. As with every widget of an
+  /// interface file, put it into a container before the builder goes, or it goes with it.
   NativeAdView(GtkBox* box, const Glib::RefPtr<Gtk::Builder>& builder, Host& host);
   ~NativeAdView() override;
 

@@ -25,9 +25,10 @@ struct VantoriumNativeAdOptions : VantoriumAdOptions {
 
 /// How a native ad's video behaves.
 struct VantoriumMediaViewOptions : VantoriumAdOptions {
-  /// Start the video by itself once it is seen.
+  /// Start the video by itself once it is seen, and stop it when it is not. Without this the application
+  /// plays it, with a control of its own: the view has none but for the sound.
   bool shouldAutoplayVideo = true;
-  /// Start it again when it ends.
+  /// Start it again when it ends. The service hears of the end only of a video that loops.
   bool shouldLoopVideo = true;
   /// Start without sound.
   bool shouldMuteVideo = false;

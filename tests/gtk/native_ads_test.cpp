@@ -180,6 +180,12 @@ TEST_F(NativeAdTest, RefusesOutletsThatDoNotFit) {
   ASSERT_TRUE(wrong);
   EXPECT_EQ(wrong->localizedDescription().rfind("The outlet \"mediaView\" takes a Gtk::Box, not a ", 0), 0U);
   EXPECT_EQ(ad.view()->outlets.mediaView.lock(), nullptr);
+  Gtk::Box full;
+  full.append(label);
+  EXPECT_TRUE(ad.connectOutlet("ratingView", full)) << "a box that is not empty";
+  EXPECT_EQ(ad.connectOutlet("appNameLabel", label), std::nullopt);
+  EXPECT_TRUE(ad.connectOutlet("reviewsLabel", label)) << "the widget of another outlet";
+  EXPECT_EQ(ad.connectOutlet("appNameLabel", label), std::nullopt) << "its own, anew";
 }
 
 TEST_F(NativeAdTest, SeenIsWhatTheUserCanSee) {

@@ -53,17 +53,33 @@ std::optional<Error> NativeAdBinding::connect(const std::string& outlet, Gtk::Wi
     return VantoriumError::internalError(fmt::format(
         "A native ad view has no outlet \"{}\". Connect one of: {}.", outlet, fmt::join(names, ", ")));
   }
-  if (!fitsOutlet(outlet, widget)) {
-    return VantoriumError::internalError(fmt::format("The outlet \"{}\" takes a {}, not a {}.", outlet,
-                                                     widgetClassFor(outlet),
-                                                     G_OBJECT_TYPE_NAME(widget.gobj())));
-  }
+  if (const auto flaw = flawOf(outlet, widget)) return VantoriumError::internalError(flaw);
   if (const auto known = outlets_.find(outlet); known != outlets_.end()) {
     known->second.view->removeFromSuperview();
     outlets_.erase(known);
   }
   const auto view = view_->makeOutlet(outlet);
   outlets_[outlet] = {view, makeOutlet(widget, view, host_.application().images())};
+  return std::nullopt;
+}
+
+/// Why the widget cannot be connected; none when it can.
+std::optional<std::string> NativeAdBinding::flawOf(const std::string& outlet, Gtk::Widget& widget) const {
+  if (!fitsOutlet(outlet, widget)) {
+    std::string_view name = G_OBJECT_TYPE_NAME(widget.gobj());
+    constexpr std::string_view binding = "gtkmm__";  // what the C++ binding calls its own
+    if (name.starts_with(binding)) name.remove_prefix(binding.size());
+    return fmt::format("The outlet \"{}\" takes a {}, not a {}.", outlet, widgetClassFor(outlet), name);
+  }
+  for (const auto& [other, connected] : outlets_) {
+    if (connected.outlet->widget() != &widget) continue;
+    if (other == outlet) return std::nullopt;
+    return fmt::format("The widget for the outlet \"{}\" is that of \"{}\" already. Connect another one.",
+                       outlet, other);
+  }
+  if (dynamic_cast<Gtk::Box*>(&widget) != nullptr && widget.get_first_child() != nullptr) {
+    return fmt::format("The outlet \"{}\" takes an empty Gtk::Box, and this one has a child.", outlet);
+  }
   return std::nullopt;
 }
 

@@ -34,6 +34,7 @@ class NativeAdBinding final : private ui::Renderer {
 
   void windowNeedsCommit(ui::Window&) override { commit_.schedule(); }
   void commit();
+  std::optional<std::string> flawOf(const std::string& outlet, Gtk::Widget& widget) const;
   void watch();
   void updateVisibility();
   void dropOutletsThatAreGone();
