@@ -35,6 +35,8 @@ class HeadlessApplication : public ui::Application, public ui::Renderer {
   void setScreen(ui::Size size);
   void enterBackground() { post(ui::ApplicationEvent::didEnterBackground); }
   void enterForeground() { post(ui::ApplicationEvent::willEnterForeground); }
+  /// The application's own interface, for views of its own such as native ads. There without a window too.
+  ui::View& rootView() { return root_->view(); }
   /// The ad screen in front, or null.
   std::shared_ptr<ui::ViewController> frontScreen();
 

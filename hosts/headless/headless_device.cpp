@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <stdexcept>
 
 namespace vantorium::headless {
@@ -12,6 +13,20 @@ namespace {
 
 std::optional<std::string> text(const json& value) {
   return value.is_null() ? std::nullopt : std::optional(value.get<std::string>());
+}
+
+float number(const json& value) {
+  constexpr double most = 1e6;
+  const double wide = value.get<double>();
+  if (!(std::abs(wide) <= most)) throw std::invalid_argument("it is too large");
+  return static_cast<float>(wide);
+}
+
+std::int64_t bytes(const json& value) {
+  constexpr double most = 9e18;
+  if (!value.is_number_integer() || std::abs(value.get<double>()) > most)
+    throw std::invalid_argument("it is no number of bytes");
+  return value.get<std::int64_t>();
 }
 
 BatteryState batteryState(const json& value) {
@@ -36,84 +51,97 @@ SdkBundle sdkBundle(const json& dictionary) {
 }  // namespace
 
 HeadlessDevice::HeadlessDevice() {
-  facts_.systemVersion = "12.1";
-  facts_.model = "Headless";
-  facts_.machine = "headless1,1";
-  facts_.screenWidth = 390;
-  facts_.screenHeight = 844;
-  facts_.volume = 0.5F;
-  facts_.batteryLevel = 0.75F;
-  facts_.batteryState = BatteryState::unplugged;
-  facts_.languages = {"en-US"};
-  facts_.freeSpace = 64'000'000'000;
-  facts_.bundleIdentifier = "org.example.app";
-  facts_.appVersion = "1.0";
+  DeviceFacts& facts = device_.facts;
+  facts.systemVersion = "12.1";
+  facts.model = "Headless";
+  facts.machine = "headless1,1";
+  facts.screenWidth = 390;
+  facts.screenHeight = 844;
+  facts.volume = 0.5F;
+  facts.batteryLevel = 0.75F;
+  facts.batteryState = BatteryState::unplugged;
+  facts.languages = {"en-US"};
+  facts.freeSpace = 64'000'000'000;
+  facts.bundleIdentifier = "org.example.app";
+  facts.appVersion = "1.0";
 }
 
 DeviceFacts HeadlessDevice::facts() const {
   MutexLock lock(mutex_);
-  return facts_;
+  return device_.facts;
 }
 
 bool HeadlessDevice::fileExists(const std::string& path) const {
   MutexLock lock(mutex_);
-  return existingPaths_.contains(path);
+  return device_.existingPaths.contains(path);
 }
 
 bool HeadlessDevice::createFile(const std::string& /*path*/) { return false; }
 
 std::optional<std::string> HeadlessDevice::set(const std::string& fact, const json& value) {
-  MutexLock lock(mutex_);
-  try {
-    setLocked(fact, value);
-    return std::nullopt;
-  } catch (const std::exception& problem) {
-    return fmt::format("The fact \"{}\" cannot be {}: {}", fact, value.dump(), problem.what());
-  }
+  json facts = json::object();
+  facts[fact] = value;
+  return set(facts);
 }
 
-void HeadlessDevice::setLocked(const std::string& fact, const json& value) {
+std::optional<std::string> HeadlessDevice::set(const json& facts) {
+  MutexLock lock(mutex_);
+  Device changed = device_;
+  for (const auto& [fact, value] : facts.items()) {
+    try {
+      change(changed, fact, value);
+    } catch (const std::exception& problem) {
+      return fmt::format("The fact \"{}\" cannot be {}: {}", fact,
+                         value.dump(-1, ' ', false, json::error_handler_t::replace), problem.what());
+    }
+  }
+  device_ = std::move(changed);
+  return std::nullopt;
+}
+
+void HeadlessDevice::change(Device& device, const std::string& fact, const json& value) {
+  DeviceFacts& facts = device.facts;
   const DeviceFacts unset;
   const bool gone = value.is_null();
   if (fact == "systemVersion") {
-    facts_.systemVersion = text(value).value_or("");
+    facts.systemVersion = text(value).value_or("");
   } else if (fact == "model") {
-    facts_.model = text(value).value_or("");
+    facts.model = text(value).value_or("");
   } else if (fact == "hardware") {
-    facts_.machine = text(value).value_or("");
+    facts.machine = text(value).value_or("");
   } else if (fact == "batteryState") {
-    facts_.batteryState = batteryState(value);
+    facts.batteryState = batteryState(value);
   } else if (fact == "batteryLevel") {
-    facts_.batteryLevel = gone ? unset.batteryLevel : value.get<float>();
+    facts.batteryLevel = gone ? unset.batteryLevel : number(value);
   } else if (fact == "volume") {
-    facts_.volume = gone ? unset.volume : value.get<float>();
+    facts.volume = gone ? unset.volume : number(value);
   } else if (fact == "timezone") {
-    facts_.timezone = text(value).value_or(unset.timezone);
+    facts.timezone = text(value).value_or(unset.timezone);
   } else if (fact == "languages") {
-    facts_.languages = gone ? unset.languages : value.get<std::vector<std::string>>();
+    facts.languages = gone ? unset.languages : value.get<std::vector<std::string>>();
   } else if (fact == "locale") {
-    facts_.locale = text(value).value_or(unset.locale);
+    facts.locale = text(value).value_or(unset.locale);
   } else if (fact == "carrier") {
-    facts_.carrier = text(value);
+    facts.carrier = text(value);
   } else if (fact == "trackingEnabled") {
-    facts_.trackingEnabled = !gone && value.get<bool>();
+    facts.trackingEnabled = !gone && value.get<bool>();
   } else if (fact == "idfa") {
-    facts_.advertisingIdentifier = text(value);
+    facts.advertisingIdentifier = text(value);
   } else if (fact == "freeSpace") {
-    facts_.freeSpace = gone ? std::nullopt : std::optional(value.get<std::int64_t>());
+    facts.freeSpace = gone ? std::nullopt : std::optional(bytes(value));
   } else if (fact == "bundleIdentifier") {
-    facts_.bundleIdentifier = text(value);
+    facts.bundleIdentifier = text(value);
   } else if (fact == "appVersion") {
-    facts_.appVersion = text(value);
+    facts.appVersion = text(value);
   } else if (fact == "screen") {
-    facts_.screenWidth = value.at(0).get<double>();
-    facts_.screenHeight = value.at(1).get<double>();
+    facts.screenWidth = value.at(0).get<double>();
+    facts.screenHeight = value.at(1).get<double>();
   } else if (fact == "environment") {
-    facts_.environment = gone ? unset.environment : value.get<std::map<std::string, std::string>>();
+    facts.environment = gone ? unset.environment : value.get<std::map<std::string, std::string>>();
   } else if (fact == "existingPaths") {
-    existingPaths_ = gone ? std::set<std::string>{} : value.get<std::set<std::string>>();
+    device.existingPaths = gone ? std::set<std::string>{} : value.get<std::set<std::string>>();
   } else if (fact == "bundle") {
-    facts_.sdkBundle = gone ? std::nullopt : std::optional(sdkBundle(value));
+    facts.sdkBundle = gone ? std::nullopt : std::optional(sdkBundle(value));
   } else {
     throw std::invalid_argument("there is no fact of this name");
   }

@@ -26,13 +26,18 @@ class HeadlessDevice : public DeviceInformation {
   /// "CFBundleShortVersionString" in it or not); null takes it away. Returns what is wrong with name or
   /// value, or nothing.
   std::optional<std::string> set(const std::string& fact, const nlohmann::json& value) EXCLUDES(mutex_);
+  /// Sets all facts of an object, or none of them when something is wrong with one.
+  std::optional<std::string> set(const nlohmann::json& facts) EXCLUDES(mutex_);
 
  private:
-  void setLocked(const std::string& fact, const nlohmann::json& value) REQUIRES(mutex_);
+  struct Device {
+    DeviceFacts facts;
+    std::set<std::string> existingPaths;
+  };
+  static void change(Device& device, const std::string& fact, const nlohmann::json& value);
 
   mutable Mutex mutex_;
-  DeviceFacts facts_ GUARDED_BY(mutex_);
-  std::set<std::string> existingPaths_ GUARDED_BY(mutex_);
+  Device device_ GUARDED_BY(mutex_);
 };
 
 /// The network as the script says it is. Starts reachable over WiFi. Any thread.

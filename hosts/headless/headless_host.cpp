@@ -5,7 +5,6 @@
 #include <cstdlib>
 
 #include "hosts/headless/snapshot.hpp"
-#include "platform/ui/controls.hpp"
 
 namespace vantorium::headless {
 
@@ -32,20 +31,12 @@ bool contains(const json& event, const json& fields) {
   return true;
 }
 
-bool isVisible(const ui::View& view) {
-  for (const ui::View* each = &view; each != nullptr; each = each->superview()) {
-    if (each->isHidden()) return false;
-  }
-  return true;
-}
-
-Error scriptedError(const std::string& text) { return Error::platform("script", 1, text); }
-
 }  // namespace
 
 Host::Host(Options options)
     : options_(std::move(options)),
       loop_(std::make_shared<MainLoop>(options_.clock)),
+      hasReachabilityMonitor_(options_.hasReachabilityMonitor),
       application_(loop_, sink()) {}
 
 EventSink Host::sink() {
@@ -55,7 +46,7 @@ EventSink Host::sink() {
 Directories Host::directories() const { return {options_.home / "caches", options_.home / "preferences"}; }
 
 std::unique_ptr<ReachabilityProbe> Host::makeReachabilityProbe() {
-  return options_.hasReachabilityMonitor ? std::make_unique<Probe>(reachability_) : nullptr;
+  return hasReachabilityMonitor_ ? std::make_unique<Probe>(reachability_) : nullptr;
 }
 
 void Host::print(std::string_view line) { tell({{"event", "console"}, {"line", std::string(line)}}); }
@@ -84,7 +75,7 @@ void Host::tell(json event) {
     events_.push_back(event);
   }
   if (observer_) observer_(std::move(event));
-  loop_->async([] {});  // wakes whoever awaits an event
+  loop_->wake();  // whoever awaits an event
 }
 
 std::vector<json> Host::events() const {
@@ -110,26 +101,13 @@ json Host::awaitEvent(const json& fields, double timeoutSeconds) {
 }
 
 std::shared_ptr<ScriptedPlayer> Host::frontPlayer() {
-  std::shared_ptr<ScriptedPlayer> found;
   const auto screen = application_.frontScreen();
-  if (!screen) return found;
-  forEachView(screen->view(), [&](ui::View& view) {
-    for (const auto& layer : view.sublayers()) {
-      const auto* const playerLayer = dynamic_cast<ui::PlayerLayer*>(layer.get());
-      if (playerLayer != nullptr) found = std::dynamic_pointer_cast<ScriptedPlayer>(playerLayer->player());
-    }
-  });
-  return found;
+  return screen ? playerIn(screen->view()) : nullptr;
 }
 
 std::shared_ptr<ScriptedWebEngine> Host::frontWebEngine() {
-  std::shared_ptr<ScriptedWebEngine> found;
   const auto screen = application_.frontScreen();
-  if (!screen) return found;
-  forEachView(screen->view(), [&](ui::View& view) {
-    if (auto engine = std::dynamic_pointer_cast<ScriptedWebEngine>(view.shared_from_this())) found = engine;
-  });
-  return found;
+  return screen ? webEngineIn(screen->view()) : nullptr;
 }
 
 Host::Refusal Host::navigate(const std::string& url, WebViewNavigationType type) {
@@ -156,16 +134,7 @@ Host::Refusal Host::moveVideo(double position, double duration) {
 Host::Refusal Host::videoEvent(const std::string& event, const std::string& error) {
   const auto player = frontPlayer();
   if (!player) return "No screen with a video is in front.";
-  if (event == "ended") {
-    player->playToEnd();
-  } else if (event == "failedToEnd") {
-    player->failToPlayToEnd();
-  } else if (event == "failed") {
-    player->fail(scriptedError(error));
-  } else {
-    return fmt::format("\"{}\" is no video event; expected ended, failedToEnd or failed.", event);
-  }
-  return std::nullopt;
+  return player->comeTo(event, error);
 }
 
 Host::Refusal Host::setVideoSize(double width, double height) {
@@ -182,14 +151,8 @@ Host::Refusal Host::tap(const std::string& control) {
     screen->handleBack();
     return std::nullopt;
   }
-  std::shared_ptr<ui::View> target;
-  forEachView(screen->view(), [&](ui::View& view) {
-    if (view.outlet() == control) target = view.shared_from_this();
-  });
-  if (!target) return fmt::format("The screen {} has no control \"{}\".", screen->className(), control);
-  if (!isVisible(*target)) return fmt::format("The control \"{}\" is hidden.", control);
-  target->handleTap();
-  return std::nullopt;
+  const Refusal refusal = tapControl(screen->view(), control);
+  return refusal ? fmt::format("{}: {}", screen->className(), *refusal) : refusal;
 }
 
 Host::Refusal Host::finishStore() {

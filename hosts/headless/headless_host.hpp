@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -10,6 +11,7 @@
 #include "hosts/headless/headless_device.hpp"
 #include "hosts/headless/main_loop.hpp"
 #include "hosts/headless/scripted.hpp"
+#include "hosts/headless/view_tree.hpp"
 #include "platform/host.hpp"
 
 namespace vantorium::headless {
@@ -58,7 +60,7 @@ class Host : public vantorium::Host {
   void setEventObserver(EventSink observer) { observer_ = std::move(observer); }
 
   // The page, film, user and store of the front screen. Each returns what prevented it, or nothing.
-  using Refusal = std::optional<std::string>;
+  using Refusal = headless::Refusal;
   Refusal navigate(const std::string& url, WebViewNavigationType type = WebViewNavigationType::linkClicked);
   Refusal failPage(const std::string& text);
   Refusal moveVideo(double position, double duration);
@@ -72,6 +74,8 @@ class Host : public vantorium::Host {
   // The device.
   /// Changes the size of the screen, in points, and of the application's window with it.
   void setScreen(double width, double height);
+  /// Whether a reachability probe can be made from now on; the SDK makes its own at its first use.
+  void setHasReachabilityMonitor(bool hasMonitor) { hasReachabilityMonitor_ = hasMonitor; }
   HeadlessDevice& deviceFacts() { return device_; }
   HeadlessReachability& reachability() { return *reachability_; }
   HeadlessApplication& headlessApplication() { return application_; }
@@ -86,6 +90,7 @@ class Host : public vantorium::Host {
 
   const Options options_;
   const std::shared_ptr<MainLoop> loop_;
+  std::atomic<bool> hasReachabilityMonitor_;
   HeadlessDevice device_;
   const std::shared_ptr<HeadlessReachability> reachability_ = std::make_shared<HeadlessReachability>();
   EventSink observer_;

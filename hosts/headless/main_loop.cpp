@@ -1,6 +1,7 @@
 #include "hosts/headless/main_loop.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace vantorium::headless {
 
@@ -51,9 +52,18 @@ std::size_t MainLoop::pendingTimers() const {
 }
 
 void MainLoop::async(std::function<void()> work) {
+  if (decorator_ && std::this_thread::get_id() != mainThread_) work = decorator_(std::move(work));
   {
     const std::lock_guard lock(mutex_);
     queue_.push_back(std::move(work));
+  }
+  changed_.notify_one();
+}
+
+void MainLoop::wake() {
+  {
+    const std::lock_guard lock(mutex_);
+    isWoken_ = true;
   }
   changed_.notify_one();
 }
@@ -122,6 +132,7 @@ bool MainLoop::runUntil(const std::function<bool()>& done, Seconds timeout) {
       work();
       continue;
     }
+    if (std::exchange(isWoken_, false)) continue;
     auto wakeUp = deadline;
     if (kind_ == ClockKind::realTime && !timers_.empty()) {
       wakeUp = std::min(wakeUp, started_ + timers_.begin()->first);

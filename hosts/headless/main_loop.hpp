@@ -32,6 +32,13 @@ class MainLoop : public DispatchQueue, public Clock, public std::enable_shared_f
   Date now() const override;
   std::unique_ptr<Timer> schedule(Seconds interval, bool repeats, std::function<void()> handler) override;
 
+  /// Has a running `runUntil` ask again. Any thread.
+  void wake();
+  /// Called with each piece of work that another thread hands over, on that thread; what it returns is run in
+  /// its place. Set it before the loop is used.
+  using Decorator = std::function<std::function<void()>(std::function<void()> work)>;
+  void setDecorator(Decorator decorator) { decorator_ = std::move(decorator); }
+
   /// Runs what is due now, and what that causes, until nothing is left.
   void runPending();
   /// Runs the loop until `done` answers true, asked after each piece of work; false if `timeout` of real time
@@ -57,10 +64,13 @@ class MainLoop : public DispatchQueue, public Clock, public std::enable_shared_f
   std::function<void()> takeTimerLocked(Instant until);
 
   const ClockKind kind_;
+  const std::thread::id mainThread_ = std::this_thread::get_id();
+  Decorator decorator_;
   const std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<std::function<void()>> queue_;
+  bool isWoken_ = false;
   std::multimap<Instant, std::shared_ptr<Entry>> timers_;
   Instant virtualInstant_{0};
   Date virtualNow_;

@@ -1,10 +1,14 @@
 #include "hosts/headless/scripted.hpp"
 
+#include <fmt/format.h>
+
 #include "platform/foundation/url.hpp"
 
 namespace vantorium::headless {
 
 using nlohmann::json;
+
+Error scriptedError(const std::string& text) { return Error::platform("script", 1, text); }
 
 void ScriptedWebEngine::tell(json load) {
   load["event"] = "load";
@@ -99,6 +103,19 @@ void ScriptedPlayer::fail(Error error) {
 void ScriptedPlayer::setPresentationSize(ui::Size size) {
   size_ = size;
   call(&Handlers::presentationSizeDidChange);
+}
+
+Refusal ScriptedPlayer::comeTo(const std::string& event, const std::string& error) {
+  if (event == "ended") {
+    playToEnd();
+  } else if (event == "failedToEnd") {
+    failToPlayToEnd();
+  } else if (event == "failed") {
+    fail(scriptedError(error));
+  } else {
+    return fmt::format("\"{}\" is no video event; expected ended, failedToEnd or failed.", event);
+  }
+  return std::nullopt;
 }
 
 void ScriptedStoreSheet::loadProduct(std::string productID) {

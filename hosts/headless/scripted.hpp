@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 #include "platform/av/media_player.hpp"
@@ -13,6 +14,12 @@ namespace vantorium::headless {
 
 /// Where the scripted ports tell what the SDK asked of them.
 using EventSink = std::function<void(nlohmann::json event)>;
+
+/// What prevented something that the script asked for, or nothing.
+using Refusal = std::optional<std::string>;
+
+/// An error that the script makes up.
+Error scriptedError(const std::string& text);
 
 /// A web engine whose page is the script: it loads nothing and navigates when told to.
 class ScriptedWebEngine : public WebEngine {
@@ -66,6 +73,8 @@ class ScriptedPlayer : public MediaPlayer {
   void failToPlayToEnd();
   void fail(Error error);
   void setPresentationSize(ui::Size size);
+  /// One of these by its name: "ended", "failedToEnd", or "failed" with the error's text.
+  Refusal comeTo(const std::string& event, const std::string& error);
   const std::string& source() const { return source_; }
 
  private:

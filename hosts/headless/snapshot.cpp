@@ -1,6 +1,7 @@
 #include "hosts/headless/snapshot.hpp"
 
 #include "hosts/headless/scripted.hpp"
+#include "hosts/headless/view_tree.hpp"
 #include "platform/ui/controls.hpp"
 
 namespace vantorium::headless {
@@ -55,22 +56,23 @@ json playerJSON(const ui::PlayerLayer& layer) {
 
 }  // namespace
 
-void forEachView(ui::View& root, const std::function<void(ui::View&)>& visit) {
-  visit(root);
-  for (const auto& subview : root.subviews()) forEachView(*subview, visit);
+json snapshotOf(ui::ViewController& screen) {
+  json result = snapshotOf(screen.view());
+  result["screen"] = screen.className();
+  return result;
 }
 
-json snapshotOf(ui::ViewController& screen) {
-  json result{{"screen", screen.className()},
-              {"rotation", screen.view().transform().angle()},
-              {"frame", rectJSON(screen.view().frame())},
+json snapshotOf(ui::View& view) {
+  json result{{"screen", view.className()},
+              {"rotation", view.transform().angle()},
+              {"frame", rectJSON(view.frame())},
               {"views", json::array()},
               {"web", nullptr},
               {"player", nullptr}};
-  forEachView(screen.view(), [&](ui::View& view) {
-    result["views"].push_back(viewJSON(view));
-    if (auto* const engine = dynamic_cast<ScriptedWebEngine*>(&view)) result["web"] = engine->lastLoad();
-    for (const auto& layer : view.sublayers()) {
+  forEachView(view, [&](ui::View& each) {
+    result["views"].push_back(viewJSON(each));
+    if (auto* const engine = dynamic_cast<ScriptedWebEngine*>(&each)) result["web"] = engine->lastLoad();
+    for (const auto& layer : each.sublayers()) {
       if (auto* const player = dynamic_cast<ui::PlayerLayer*>(layer.get()))
         result["player"] = playerJSON(*player);
     }

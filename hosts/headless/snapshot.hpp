@@ -6,10 +6,9 @@
 
 namespace vantorium::headless {
 
-/// Calls `visit` with the view and everything below it, front-most last.
-void forEachView(ui::View& root, const std::function<void(ui::View&)>& visit);
-
 /// A screen's tree as JSON: screen, rotation, frame, views, web, player.
 nlohmann::json snapshotOf(ui::ViewController& screen);
+/// Likewise of a view of the application's own; its class stands for the screen.
+nlohmann::json snapshotOf(ui::View& view);
 
 }  // namespace vantorium::headless

@@ -12,9 +12,9 @@
 
 #include "facade/sdk.hpp"
 #include "hosts/headless/headless_host.hpp"
+#include "hosts/headless/host_lease.hpp"
 #include "platform/foundation/thread_annotations.hpp"
 #include "sandbox/server.hpp"
-#include "support/host_lease.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace vantorium::testing {
@@ -167,7 +167,7 @@ struct SdkWorld {
   std::vector<std::string> lines;
   std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>(lines);
   std::shared_ptr<headless::Host> host;
-  std::optional<HostLease> lease;
+  std::optional<headless::HostLease> lease;
   std::shared_ptr<Sdk> sdk;
 };
 

@@ -1,0 +1,60 @@
+#include "hosts/headless/view_tree.hpp"
+
+#include <fmt/format.h>
+
+#include "platform/ui/layer.hpp"
+
+namespace vantorium::headless {
+
+namespace {
+
+bool isVisible(const ui::View& view) {
+  for (const ui::View* each = &view; each != nullptr; each = each->superview()) {
+    if (each->isHidden()) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void forEachView(ui::View& root, const std::function<void(ui::View&)>& visit) {
+  visit(root);
+  for (const auto& subview : root.subviews()) forEachView(*subview, visit);
+}
+
+std::shared_ptr<ScriptedPlayer> playerIn(ui::View& root) {
+  std::shared_ptr<ScriptedPlayer> found;
+  forEachView(root, [&](ui::View& view) {
+    for (const auto& layer : view.sublayers()) {
+      const auto* const playerLayer = dynamic_cast<ui::PlayerLayer*>(layer.get());
+      if (playerLayer != nullptr) found = std::dynamic_pointer_cast<ScriptedPlayer>(playerLayer->player());
+    }
+  });
+  return found;
+}
+
+std::shared_ptr<ScriptedWebEngine> webEngineIn(ui::View& root) {
+  std::shared_ptr<ScriptedWebEngine> found;
+  forEachView(root, [&](ui::View& view) {
+    if (auto engine = std::dynamic_pointer_cast<ScriptedWebEngine>(view.shared_from_this())) found = engine;
+  });
+  return found;
+}
+
+Refusal tapControl(ui::View& root, const std::string& outlet) {
+  std::shared_ptr<ui::View> target;
+  forEachView(root, [&](ui::View& view) {
+    if (view.outlet() == outlet) target = view.shared_from_this();
+  });
+  if (!target) return fmt::format("There is no control \"{}\".", outlet);
+  return tapView(*target, outlet);
+}
+
+Refusal tapView(ui::View& view, const std::string& name) {
+  if (!isVisible(view)) return fmt::format("The control \"{}\" is hidden.", name);
+  const auto self = view.shared_from_this();  // the tap may release the view's owner
+  self->handleTap();
+  return std::nullopt;
+}
+
+}  // namespace vantorium::headless
