@@ -1,7 +1,5 @@
 #include "hosts/headless/headless_host.hpp"
 
-#include <fmt/format.h>
-
 #include <cstdlib>
 
 #include "hosts/headless/snapshot.hpp"
@@ -151,8 +149,7 @@ Host::Refusal Host::tap(const std::string& control) {
     screen->handleBack();
     return std::nullopt;
   }
-  const Refusal refusal = tapControl(screen->view(), control);
-  return refusal ? fmt::format("{}: {}", screen->className(), *refusal) : refusal;
+  return tapControl(screen->view(), control);
 }
 
 Host::Refusal Host::finishStore() {

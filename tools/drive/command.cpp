@@ -10,12 +10,14 @@ namespace vantorium::drive {
 
 namespace {
 
-constexpr std::size_t longestQuote = 60;  // bytes
+constexpr std::size_t longestQuote = 60;   // bytes
 constexpr double largestLength = 100'000;  // points
 
 }  // namespace
 
-std::string listed(const std::vector<std::string>& words) { return fmt::format("{}", fmt::join(words, ", ")); }
+std::string listed(const std::vector<std::string>& words) {
+  return fmt::format("{}", fmt::join(words, ", "));
+}
 
 std::string brief(const nlohmann::json& value) {
   std::string text = value.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace);
@@ -26,7 +28,10 @@ std::string brief(const nlohmann::json& value) {
 Command Command::parse(const std::string& line) {
   std::optional<Error> error;
   auto fields = parseJSON(line, error);
-  if (!fields) throw Refusal(error->localizedDescription() + " Expected one JSON object per line.");
+  if (!fields) {
+    const std::string& problem = error->localizedDescription();
+    throw Refusal(problem + (problem.ends_with('.') ? "" : ".") + " Expected one JSON object per line.");
+  }
   if (!fields->is_object()) {
     throw Refusal(fmt::format("{} is no command. Expected a JSON object with \"do\".", brief(*fields)));
   }
@@ -52,8 +57,8 @@ void Command::refuse(const std::string& field, const std::string& expected) cons
 
 void Command::refuseWord(const std::string& field, const std::string& word,
                          const std::vector<std::string>& words) const {
-  throw Refusal(fmt::format("{}: \"{}\" cannot be {}. Expected one of {}.", name_, field, brief(word),
-                            listed(words)));
+  throw Refusal(
+      fmt::format("{}: \"{}\" cannot be {}. Expected one of {}.", name_, field, brief(word), listed(words)));
 }
 
 void Command::needOneOf(const std::vector<std::string>& fields) const {
@@ -91,8 +96,8 @@ std::optional<bool> Command::flagIfAny(const std::string& field) const {
 
 double Command::number(const std::string& field, double least, double most) const {
   const Json* const value = find(field);
-  const bool fits = value != nullptr && value->is_number() && value->get<double>() >= least &&
-                    value->get<double>() <= most;
+  const bool fits =
+      value != nullptr && value->is_number() && value->get<double>() >= least && value->get<double>() <= most;
   if (!fits) refuse(field, fmt::format("a number from {:.15g} to {:.15g}", least, most));
   return value->get<double>();
 }
@@ -118,8 +123,7 @@ std::vector<double> Command::numbers(const std::string& field, std::size_t count
   if (!value.is_array() || value.size() != count) refuse(field, expected);
   std::vector<double> all;
   for (const auto& each : value) {
-    const bool fits =
-        each.is_number() && each.get<double>() >= least && each.get<double>() <= largestLength;
+    const bool fits = each.is_number() && each.get<double>() >= least && each.get<double>() <= largestLength;
     if (!fits) refuse(field, expected);
     all.push_back(each.get<double>());
   }

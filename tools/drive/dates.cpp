@@ -34,7 +34,8 @@ std::optional<Date> parseDate(const std::string& text) {
 std::string formatDate(Date date) {
   const auto whole = floor<milliseconds>(date);
   const auto part = (whole - floor<seconds>(whole)).count();
-  const std::string start = fmt::format("{:%FT%T}", fmt::gmtime(system_clock::to_time_t(floor<seconds>(date))));
+  const std::string start =
+      fmt::format("{:%FT%T}", fmt::gmtime(system_clock::to_time_t(floor<seconds>(date))));
   return part == 0 ? start + "Z" : fmt::format("{}.{:03}Z", start, part);
 }
 

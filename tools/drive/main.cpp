@@ -28,7 +28,8 @@ class Home {
   explicit Home(const std::string& given) {
     if (given.empty()) {
       std::string name = (std::filesystem::temp_directory_path() / "vantorium-drive-XXXXXX").string();
-      if (mkdtemp(name.data()) == nullptr) throw Refusal("There is no place for a home. Give one with --home.");
+      if (mkdtemp(name.data()) == nullptr)
+        throw Refusal("There is no place for a home. Give one with --home.");
       path_ = temporary_ = name;
       return;
     }
@@ -90,8 +91,9 @@ void addOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--ca", arguments.stage.service.trustedCertificate,
                  "PEM file of a certificate to trust besides the system's")
       ->check(CLI::ExistingFile);
-  app.add_option("--home", arguments.home,
-                 "Folder for all that is kept: two runs with the same one are two launches of one installation");
+  app.add_option(
+      "--home", arguments.home,
+      "Folder for all that is kept: two runs with the same one are two launches of one installation");
   app.add_option("--clock", arguments.stage.clock, "virtual: time stands still until \"advance\"; or real")
       ->transform(CLI::CheckedTransformer(clocks));
   app.add_flag("--stable", arguments.isStable, "Print placeholders for what differs from run to run");

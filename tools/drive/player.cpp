@@ -63,8 +63,8 @@ ExitStatus Player::play(const LineReader::Line& line) {
 
 void Player::perform(const LineReader::Line& line) {
   if (line.isTooLong) {
-    throw Refusal(
-        fmt::format("The line is too long. Expected at most {} bytes before its end.", LineReader::longestLine));
+    throw Refusal(fmt::format("The line is too long. Expected at most {} bytes before its end.",
+                              LineReader::longestLine));
   }
   if (isBlank(line.text)) return;
   const Command command = Command::parse(line.text);

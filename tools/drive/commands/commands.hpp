@@ -15,12 +15,12 @@ using Handler = std::function<void(Stage& stage, const Command& command)>;
 using Commands = std::map<std::string, Handler>;
 
 /// Each adds one family of commands.
-void addEntryPoints(Commands& commands);     ///< the facade's, but for native ads
+void addEntryPoints(Commands& commands);       ///< the facade's, but for native ads
 void addNativeAdCommands(Commands& commands);  ///< native ads and the views that show them
-void addStateCommands(Commands& commands);   ///< properties, options and the delegate
-void addTimeCommands(Commands& commands);    ///< waiting and clocks
-void addScreenCommands(Commands& commands);  ///< what page, film, user and store do
-void addDeviceCommands(Commands& commands);  ///< device, network, and the application around the SDK
+void addStateCommands(Commands& commands);     ///< properties, options and the delegate
+void addTimeCommands(Commands& commands);      ///< waiting and clocks
+void addScreenCommands(Commands& commands);    ///< what page, film, user and store do
+void addDeviceCommands(Commands& commands);    ///< device, network, and the application around the SDK
 
 /// The native ad view that the command names in "view".
 std::shared_ptr<VantoriumNativeAdView> nativeViewOf(Stage& stage, const Command& command);

@@ -75,8 +75,9 @@ void reachability(Stage& stage, const Command& command) {
 
 void app(Stage& stage, const Command& command) {
   using Act = void (HeadlessApplication::*)();
-  const auto act = command.choice<Act>("event", {{"didEnterBackground", &HeadlessApplication::enterBackground},
-                                                 {"willEnterForeground", &HeadlessApplication::enterForeground}});
+  const auto act =
+      command.choice<Act>("event", {{"didEnterBackground", &HeadlessApplication::enterBackground},
+                                    {"willEnterForeground", &HeadlessApplication::enterForeground}});
   (stage.host().headlessApplication().*act)();
 }
 

@@ -21,7 +21,8 @@ constexpr ui::Rect defaultFrame{0, 0, 390, 600};
 std::shared_ptr<VantoriumAdOptions> options(Stage& stage, const Command& command, const json& value) {
   if (value.is_string()) {
     const auto known = stage.namedOptions.find(value.get<std::string>());
-    if (known == stage.namedOptions.end()) command.refuse("options", "an object, or a name given to one before");
+    if (known == stage.namedOptions.end())
+      command.refuse("options", "an object, or a name given to one before");
     return known->second;
   }
   auto read = readOptions(value);

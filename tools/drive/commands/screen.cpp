@@ -30,8 +30,7 @@ void page(Stage& stage, const Command& command) {
 
 std::shared_ptr<headless::ScriptedPlayer> playerOf(Stage& stage, const Command& command) {
   const bool isInView = command.has("view");
-  auto player =
-      isInView ? headless::playerIn(*nativeViewOf(stage, command)) : stage.host().frontPlayer();
+  auto player = isInView ? headless::playerIn(*nativeViewOf(stage, command)) : stage.host().frontPlayer();
   if (!player) check(command, isInView ? "The view shows no video." : "No screen with a video is in front.");
   return player;
 }
@@ -85,8 +84,8 @@ json snapshotOfView(VantoriumNativeAdView& view) {
 }
 
 json emptySnapshot() {
-  return {{"screen", nullptr}, {"rotation", nullptr}, {"frame", nullptr},
-          {"views", json::array()}, {"web", nullptr}, {"player", nullptr}};
+  return {{"screen", nullptr},      {"rotation", nullptr}, {"frame", nullptr},
+          {"views", json::array()}, {"web", nullptr},      {"player", nullptr}};
 }
 
 void snapshot(Stage& stage, const Command& command) {

@@ -16,12 +16,13 @@ void awaitEvent(Stage& stage, const Command& command) {
   const auto& fields = command.object("event");
   const double timeout = command.numberIfAny("timeout", 0, longestTimeout).value_or(defaultTimeout);
   std::size_t next = 0;
-  const bool came = stage.host().loop().runUntil([&] { return stage.output().claim(fields, next); },
-                                                 Seconds{timeout});
+  const bool came =
+      stage.host().loop().runUntil([&] { return stage.output().claim(fields, next); }, Seconds{timeout});
   if (came) return;
-  throw AwaitFailure(fmt::format(
-      "await: no line with {} came in {:g} s. Expected one that answered no await before; {} lines were printed.",
-      brief(fields), timeout, next));
+  throw AwaitFailure(
+      fmt::format("await: no line with {} came in {:g} s. Expected one that answered no await before; {} "
+                  "lines were printed.",
+                  brief(fields), timeout, next));
 }
 
 void advance(Stage& stage, const Command& command) {
