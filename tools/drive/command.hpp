@@ -74,6 +74,7 @@ class Command {
     const auto found = meanings.find(word);
     if (found != meanings.end()) return found->second;
     std::vector<std::string> words;
+    words.reserve(meanings.size());
     for (const auto& [known, meaning] : meanings) words.push_back(known);
     refuseWord(field, word, words);
   }

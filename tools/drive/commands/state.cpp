@@ -19,6 +19,7 @@ const std::map<std::string, Flag>& properties() {
 
 void set(Stage& stage, const Command& command) {
   std::vector<std::string> names;
+  names.reserve(properties().size());
   for (const auto& [name, flag] : properties()) names.push_back(name);
   command.needOneOf(names);
   std::vector<std::pair<Flag, bool>> changes;
