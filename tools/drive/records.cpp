@@ -170,7 +170,7 @@ ParameterValue readParameter(const Command& command, const json& value) {
     if (const auto date = parseDate(value["date"].get<std::string>())) return *date;
   }
   command.refuse("parameters",
-                 "an object of texts, numbers, true, false and dates, written as {\"date\":\"2018-12-31\"}");
+                 R"(an object of texts, numbers, true, false and dates, written as {"date":"2018-12-31"})");
 }
 
 }  // namespace
