@@ -127,6 +127,7 @@ TEST(NativeAdView, ClicksAreReportedOnceAndAnsweredAlways) {
   EXPECT_FALSE(player->isPlaying());
   EXPECT_EQ(world.opened(ad->trackingURL), 3U);
   ASSERT_TRUE(world.awaitEvents("click"));
+  world.host->loop().runPending();
   EXPECT_EQ(world.count("didReceiveClick native-video"), 3);
   const std::string clicks = "/api/impressions/" + ad->impressionID + "/click";
   EXPECT_TRUE(world.host->loop().runUntil([&] { return world.requests(clicks + "?level=3&") == 1; }));
