@@ -15,10 +15,11 @@ namespace vantorium::gtk {
 
 namespace {
 
-constexpr std::int64_t mostPixels = 64'000'000;  // that a picture may claim to have
-constexpr double longestSide = 2048;             // pixels that are kept of it
-constexpr int shortestLevel = 32;                // pixels; nothing is shown smaller
-constexpr std::size_t mostKept = 64 << 20;       // bytes of pictures that nobody need be showing
+constexpr std::uint64_t brokenRemembered = 1000;  // for so many uses of other pictures
+constexpr std::int64_t mostPixels = 64'000'000;   // that a picture may claim to have
+constexpr double longestSide = 2048;              // pixels that are kept of it
+constexpr int shortestLevel = 32;                 // pixels; nothing is shown smaller
+constexpr std::size_t mostKept = 64 << 20;        // bytes of pictures that nobody need be showing
 
 PixelSize scaled(PixelSize size, double factor) {
   return {std::max<std::int64_t>(1, std::llround(static_cast<double>(size.width) * factor)),
@@ -138,9 +139,10 @@ void ImageLoader::makeRoom() {
     bytes -= entry.kept->bytes();
     entry.kept.reset();
   }
-  std::erase_if(pictures_, [](const auto& each) {
+  std::erase_if(pictures_, [this](const auto& each) {
     const Entry& entry = each.second;
-    return entry.waiting.empty() && !entry.isBroken && !entry.kept && entry.shown.expired();
+    if (entry.isBroken) return uses_ - entry.lastUse > brokenRemembered;
+    return entry.waiting.empty() && !entry.kept && entry.shown.expired();
   });
 }
 

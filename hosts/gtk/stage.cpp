@@ -139,15 +139,18 @@ bool Stage::isMonitorWide() const {
 
 bool Stage::isActive() const { return isVisible() && window_.is_active(); }
 
-bool Stage::isInForeground() const {
-  if (!window_.get_mapped()) return false;
-  const auto surface = window_.get_surface();
-  if (!surface) return false;
+bool isInForeground(GdkSurface* surface) {
+  if (surface == nullptr || !gdk_surface_get_mapped(surface)) return false;
+  if (!GDK_IS_TOPLEVEL(surface)) return true;
   int hiding = GDK_TOPLEVEL_STATE_MINIMIZED;
 #if GTK_CHECK_VERSION(4, 12, 0)
   hiding |= GDK_TOPLEVEL_STATE_SUSPENDED;
 #endif
-  return (gdk_toplevel_get_state(GDK_TOPLEVEL(surface->gobj())) & hiding) == 0;
+  return (gdk_toplevel_get_state(GDK_TOPLEVEL(surface)) & hiding) == 0;
+}
+
+bool Stage::isInForeground() const {
+  return window_.get_mapped() && gtk::isInForeground(gtk_native_get_surface(GTK_NATIVE(window_.gobj())));
 }
 
 ui::Rect Stage::bounds() const {

@@ -15,6 +15,9 @@
 
 namespace vantorium::gtk {
 
+/// Whether the surface is mapped and, being that of a window, not minimised.
+bool isInForeground(GdkSurface* surface);
+
 /// One attached window: lays a surface for ads over its content and mirrors the tree of its ads into it. Main
 /// thread only.
 class Stage final : private ui::Renderer {

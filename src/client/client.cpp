@@ -33,6 +33,11 @@ Client::Client(std::shared_ptr<SdkContext> sdkContext, const ServiceConfiguratio
       fileDownloader(std::make_shared<FileDownloader>(context, session_)),
       unpackQueue(DispatchQueue::serial("vantorium.unpack")) {}
 
+std::shared_ptr<Client> configuredClient(const std::weak_ptr<Client>& client) {
+  auto present = client.lock();
+  return present && present->context->flags().isConfigured ? present : nullptr;
+}
+
 void Client::shutdown() {
   isShutDown_ = true;
   session_->shutdown();

@@ -54,4 +54,7 @@ class Client {
   const std::shared_ptr<DispatchQueue> unpackQueue;
 };
 
+/// The client, if it is there and its SDK is configured: whom views report to; else null. Any thread.
+std::shared_ptr<Client> configuredClient(const std::weak_ptr<Client>& client);
+
 }  // namespace vantorium

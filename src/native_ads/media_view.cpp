@@ -190,15 +190,13 @@ void VantoriumMediaView::timerHandler() {
 
 void VantoriumMediaView::reportVideoStartedIfNeeded() {
   if (!nativeAd || std::exchange(nativeAd->isVideoStartReported, true)) return;
-  const auto client = client_.lock();
-  if (client && client->context->flags().isConfigured)
+  if (const auto client = configuredClient(client_))
     client->httpClient->reportVideoStarted(nativeAd->impressionID);
 }
 
 void VantoriumMediaView::reportVideoEndedIfNeeded() {
   if (!nativeAd || std::exchange(nativeAd->isVideoEndReported, true)) return;
-  const auto client = client_.lock();
-  if (client && client->context->flags().isConfigured)
+  if (const auto client = configuredClient(client_))
     client->httpClient->reportFinished(nativeAd->impressionID);
 }
 

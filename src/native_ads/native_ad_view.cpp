@@ -158,11 +158,6 @@ std::function<void()> VantoriumNativeAdView::acting(void (VantoriumNativeAdView:
   };
 }
 
-std::shared_ptr<Client> VantoriumNativeAdView::configuredClient() const {
-  auto client = client_.lock();
-  return client && client->context->flags().isConfigured ? client : nullptr;
-}
-
 void VantoriumNativeAdView::didMoveToWindow() {
   View::didMoveToWindow();
   reportImpressionIfNeeded();
@@ -171,14 +166,15 @@ void VantoriumNativeAdView::didMoveToWindow() {
 void VantoriumNativeAdView::reportImpressionIfNeeded() {
   if (!nativeAd_ || window() == nullptr) return;
   if (std::exchange(nativeAd_->isImpressionReported, true)) return;
-  if (const auto client = configuredClient()) client->httpClient->reportImpression(nativeAd_->impressionID);
+  if (const auto client = configuredClient(client_))
+    client->httpClient->reportImpression(nativeAd_->impressionID);
 }
 
 void VantoriumNativeAdView::didTapCTAButton() {
   if (!nativeAd_) return;
   const auto ad = nativeAd_;  // what is opened below may have this view filled anew
   if (!std::exchange(ad->isClickReported, true)) {
-    if (const auto client = configuredClient())
+    if (const auto client = configuredClient(client_))
       client->httpClient->reportClick(ad->impressionID,
                                       serverParameter ? serverParameter->parameters : std::nullopt);
   }

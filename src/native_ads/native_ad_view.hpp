@@ -67,8 +67,6 @@ class VantoriumNativeAdView : public ui::View {
   void reportImpressionIfNeeded();
   /// A handler that calls the action as long as the view is there.
   std::function<void()> acting(void (VantoriumNativeAdView::*action)());
-  /// Whom to report to; null while there is nobody, or the SDK is not configured.
-  std::shared_ptr<Client> configuredClient() const;
 
   Host& host_;
   std::weak_ptr<Client> client_;

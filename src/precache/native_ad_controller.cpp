@@ -59,8 +59,8 @@ class DistinctFiles final : public FileDownloaderProtocol {
 }  // namespace
 
 NativeAdController::NativeAdController(std::shared_ptr<VantoriumNativeAd> nativeAd,
-                                       std::shared_ptr<Client> client, std::string placementID)
-    : nativeAd_(std::move(nativeAd)), client_(std::move(client)), placementID_(std::move(placementID)) {}
+                                       std::shared_ptr<Client> client)
+    : nativeAd_(std::move(nativeAd)), client_(std::move(client)) {}
 
 void NativeAdController::precache(const std::shared_ptr<DispatchQueue>& queue, Completion completion) {
   const auto complete = [context = client_->context, queue,

@@ -23,8 +23,7 @@ class NativeAdController : public std::enable_shared_from_this<NativeAdControlle
  public:
   using Completion = std::function<void(bool success, std::optional<Error> error)>;
 
-  NativeAdController(std::shared_ptr<VantoriumNativeAd> nativeAd, std::shared_ptr<Client> client,
-                     std::string placementID);
+  NativeAdController(std::shared_ptr<VantoriumNativeAd> nativeAd, std::shared_ptr<Client> client);
 
   /// Downloads the files. Completes once, on `queue` (null: the main queue), with the error of the first file
   /// in order that failed; files after it are then not written into the record. Any thread.
@@ -36,7 +35,6 @@ class NativeAdController : public std::enable_shared_from_this<NativeAdControlle
 
   const std::shared_ptr<VantoriumNativeAd> nativeAd_;
   const std::shared_ptr<Client> client_;
-  const std::string placementID_;
 };
 
 }  // namespace vantorium

@@ -96,7 +96,7 @@ void NativeAdPrecacher::precacheFetched(const std::shared_ptr<Pass>& pass) {
 void NativeAdPrecacher::precacheOne(const std::shared_ptr<Pass>& pass,
                                     const std::shared_ptr<VantoriumNativeAd>& ad,
                                     std::function<void()> done) {
-  const auto controller = std::make_shared<NativeAdController>(ad, client_, pass->placement);
+  const auto controller = std::make_shared<NativeAdController>(ad, client_);
   {
     const MutexLock lock(pass->mutex);
     pass->controllers.push_back(controller);

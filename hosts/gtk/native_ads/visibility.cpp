@@ -10,14 +10,7 @@ constexpr double barelyVisible = 0.01;  // below this opacity nothing is seen
 
 bool isWindowSeen(GtkWidget* widget) {
   GtkNative* const native = gtk_widget_get_native(widget);
-  GdkSurface* const surface = native != nullptr ? gtk_native_get_surface(native) : nullptr;
-  if (surface == nullptr || !gdk_surface_get_mapped(surface)) return false;
-  if (!GDK_IS_TOPLEVEL(surface)) return true;
-  int hiding = GDK_TOPLEVEL_STATE_MINIMIZED;
-#if GTK_CHECK_VERSION(4, 12, 0)
-  hiding |= GDK_TOPLEVEL_STATE_SUSPENDED;
-#endif
-  return (gdk_toplevel_get_state(GDK_TOPLEVEL(surface)) & hiding) == 0;
+  return native != nullptr && isInForeground(gtk_native_get_surface(native));
 }
 
 /// Whether anything is left of the widget when all that clips it has done so.
