@@ -54,8 +54,12 @@ std::shared_ptr<ui::StoreProductViewController> DesktopHost::makeStoreProductVie
 
 namespace {
 
-// Only this file makes hosts that these functions are given.
-DesktopHost& desktop(Host& host) { return dynamic_cast<DesktopHost&>(host); }
+/// The host as what it is; null, with a word on the console, when it is of another kind.
+DesktopHost* desktop(Host& host) {
+  auto* const own = dynamic_cast<DesktopHost*>(&host);
+  if (own == nullptr) g_critical("vantorium: this needs the host that vantorium::gtk::makeHost gives.");
+  return own;
+}
 
 }  // namespace
 
@@ -63,14 +67,17 @@ std::shared_ptr<Host> makeHost(HostOptions options) {
   return std::make_shared<DesktopHost>(std::move(options));
 }
 
-void attach(Host& host, Gtk::Window& window) { desktop(host).application().attach(window); }
+void attach(Host& host, Gtk::Window& window) {
+  if (auto* const own = desktop(host)) own->application().attach(window);
+}
 
 static_assert(static_cast<int>(DeviceOrientation::faceDown) ==
                   static_cast<int>(ui::DeviceOrientation::faceDown),
               "the public names number the readings as the port does");
 
 void setDeviceOrientation(Host& host, DeviceOrientation orientation) {
-  desktop(host).application().holdDevice(static_cast<ui::DeviceOrientation>(orientation));
+  if (auto* const own = desktop(host))
+    own->application().holdDevice(static_cast<ui::DeviceOrientation>(orientation));
 }
 
 }  // namespace vantorium::gtk

@@ -1,6 +1,7 @@
 #include "hosts/headless/headless_host.hpp"
 
 #include <cstdlib>
+#include <utility>
 
 #include "hosts/headless/snapshot.hpp"
 
@@ -79,6 +80,12 @@ void Host::tell(json event) {
 std::vector<json> Host::events() const {
   MutexLock lock(eventsMutex_);
   return events_;
+}
+
+std::vector<json> Host::takeEvents() {
+  MutexLock lock(eventsMutex_);
+  const auto first = events_.begin() + static_cast<std::ptrdiff_t>(std::exchange(taken_, events_.size()));
+  return {first, events_.end()};
 }
 
 json Host::awaitEvent(const json& fields, double timeoutSeconds) {

@@ -46,6 +46,7 @@ class Host : public vantorium::Host {
 
   // Time.
   MainLoop& loop() { return *loop_; }
+  bool hasVirtualTime() const { return options_.clock == ClockKind::virtualTime; }
   void advance(double seconds) { loop_->advance(Seconds{seconds}); }
   /// Runs the loop until an event (looked at once each, oldest first, from the last one found on) has all of
   /// the given fields; gives that event, or null when the timeout of real time passed.
@@ -54,6 +55,8 @@ class Host : public vantorium::Host {
   // What happened.
   /// All events so far, in order. Any thread.
   std::vector<nlohmann::json> events() const EXCLUDES(eventsMutex_);
+  /// Those since the last call, or since the start.
+  std::vector<nlohmann::json> takeEvents() EXCLUDES(eventsMutex_);
   /// Adds an event of the script's own making to the stream. Any thread.
   void tell(nlohmann::json event) EXCLUDES(eventsMutex_);
   /// Called with every event, on the thread that caused it. Set it before the host is used.
@@ -97,6 +100,7 @@ class Host : public vantorium::Host {
   mutable Mutex eventsMutex_;
   std::vector<nlohmann::json> events_ GUARDED_BY(eventsMutex_);
   std::size_t awaited_ = 0;
+  std::size_t taken_ GUARDED_BY(eventsMutex_) = 0;
   HeadlessApplication application_;
 };
 

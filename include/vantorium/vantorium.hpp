@@ -188,6 +188,10 @@ class Vantorium {
   static void reportNativeAdVideoStarted(const std::string& impressionID);
   static void reportNativeAdVideoEnded(const std::string& impressionID);
 
+  /// What the SDK's own hourly timer calls when the service had nothing to precache: tries the placements
+  /// that it keeps precached again, five times in a series. Not for applications.
+  static void autoCachingTimerHandler();
+
   /// The diagnostic log so far, each line ended by "\n". Empty unless the service has switched test mode on.
   static std::string getLog();
 

@@ -101,6 +101,8 @@ void Sdk::canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue
   precacher()->canView(forPlacement, std::move(queue), std::move(completion));
 }
 
+void Sdk::autoCachingTimerHandler() { precacher()->autoCachingTimerHandler(); }
+
 void Sdk::shutdown() {
   hasEnded_ = true;
   context_->setErrorReporter(nullptr);

@@ -36,6 +36,9 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
   ~Sdk();
 
   const std::shared_ptr<SdkContext>& context() const { return context_; }
+  /// The thread that the SDK was made on.
+  std::thread::id mainThread() const { return mainThread_; }
+  bool isOnMainThread() const { return std::this_thread::get_id() == mainThread_; }
 
   /// Points the SDK at another service. Refused, with what is wrong, once the SDK was used or when an address
   /// may not be a service's. Any thread.
@@ -48,6 +51,7 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
                          Completion completion);
   bool isCampaignReady(const std::string& placementID);
   void canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue, Completion completion);
+  void autoCachingTimerHandler();
   void showCampaign(const std::string& forPlacement, std::optional<VantoriumServerParameter> serverParameter,
                     Completion completion);
   void showOfferWall(const std::string& forPlacement, std::optional<VantoriumServerParameter> serverParameter,
@@ -82,7 +86,6 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
   void wire();
   std::shared_ptr<CampaignPrecacher> precacher() EXCLUDES(mutex_);
   std::shared_ptr<NativeAdPrecacher> nativeAdPrecacher() EXCLUDES(mutex_);
-  bool isOnMainThread() const { return std::this_thread::get_id() == mainThread_; }
   void makeServices() EXCLUDES(mutex_);
   void didSetUp(const Identity& identity, const std::shared_ptr<DispatchQueue>& queue,
                 const Completion& completion, bool success,

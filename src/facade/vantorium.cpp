@@ -3,54 +3,12 @@
 
 #include <vantorium/vantorium.hpp>
 
+#include "facade/process.hpp"
 #include "facade/sdk.hpp"
 
 namespace vantorium {
 
 namespace {
-
-/// The one SDK of the process.
-class Process {
- public:
-  static Process& shared() {
-    // Never destroyed: when statics go, the toolkit under the host may be gone. The network ends by itself at
-    // exit.
-    static auto* const process = new Process;
-    return *process;
-  }
-
-  std::shared_ptr<Sdk> sdk() EXCLUDES(mutex_) {
-    MutexLock lock(mutex_);
-    return sdk_;
-  }
-
-  std::optional<Error> setHost(std::shared_ptr<Host> host) EXCLUDES(mutex_) {
-    if (!host) return VantoriumError::internalError("The host is null. Give Vantorium::setHost a host.");
-    MutexLock lock(mutex_);
-    if (sdk_) {
-      return VantoriumError::internalError(
-          "There is a host already. Call Vantorium::setHost once, at the start.");
-    }
-    sdk_ = Sdk::make(host);
-    hosts_.push_back(std::move(host));
-    return std::nullopt;
-  }
-
-  void end() EXCLUDES(mutex_) {
-    std::shared_ptr<Sdk> sdk;
-    {
-      MutexLock lock(mutex_);
-      sdk = std::exchange(sdk_, nullptr);
-    }
-    if (sdk) sdk->shutdown();
-  }
-
- private:
-  Mutex mutex_;
-  std::shared_ptr<Sdk> sdk_ GUARDED_BY(mutex_);
-  /// Kept: the last of an ended SDK may be released on a worker thread, where no toolkit could be taken down.
-  std::vector<std::shared_ptr<Host>> hosts_ GUARDED_BY(mutex_);
-};
 
 Error noHost() {
   return VantoriumError::internalError("There is no host. Call Vantorium::setHost before anything else.");
@@ -231,6 +189,10 @@ void Vantorium::reportNativeAdVideoStarted(const std::string& impressionID) {
 
 void Vantorium::reportNativeAdVideoEnded(const std::string& impressionID) {
   if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdVideoEnded(impressionID);
+}
+
+void Vantorium::autoCachingTimerHandler() {
+  if (const auto sdk = Process::shared().sdk()) sdk->autoCachingTimerHandler();
 }
 
 std::string Vantorium::getLog() {

@@ -36,6 +36,8 @@ class CampaignPrecacher : public std::enable_shared_from_this<CampaignPrecacher>
   void canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
                Completion completion) const;
 
+  /// What the retry timer calls: tries all placements again, unless that was the last retry of its series.
+  void autoCachingTimerHandler() EXCLUDES(mutex_);
   /// Drops the retry timer and its count. A later failure may start a new series.
   void endRetrySeries() EXCLUDES(mutex_);
 
@@ -57,7 +59,6 @@ class CampaignPrecacher : public std::enable_shared_from_this<CampaignPrecacher>
   void endPass(const std::shared_ptr<Pass>& pass);
   void precacheCampaignsOneBy(const std::vector<std::string>& placements);
   void checkAutoCaching(const std::string& placement, const std::optional<Error>& error) EXCLUDES(mutex_);
-  void autoCachingTimerHandler() EXCLUDES(mutex_);
 
   const std::shared_ptr<Client> client_;
   const std::shared_ptr<SdkContext> context_;

@@ -5,8 +5,8 @@
 
 #include "drive/commands/commands.hpp"
 #include "drive/entry_call.hpp"
-#include "drive/native_view_layout.hpp"
 #include "drive/records.hpp"
+#include "hosts/headless/native_view.hpp"
 
 namespace vantorium::drive {
 
@@ -145,7 +145,7 @@ void nativeView(Stage& stage, const Command& command) {
   if (isNew) createView(stage, command);
   const auto view = isNew ? stage.nativeViews[command.text("create")] : nativeViewOf(stage, command);
   if (frame) view->setFrame(*frame);
-  layOut(*view);
+  headless::layOut(*view);
   if (hidden) view->setHidden(*hidden);
   if (!inWindow) return;
   if (*inWindow) {

@@ -51,17 +51,6 @@ void video(Stage& stage, const Command& command) {
   if (event) check(command, player->comeTo(*event, error));
 }
 
-/// What a tap on the medium of a native ad hits: the button over all of it.
-headless::Refusal tapMedium(VantoriumNativeAdView& view) {
-  const auto medium = view.outlets.mediaView.lock();
-  if (!medium) return "There is no control \"mediaView\".";
-  std::shared_ptr<ui::View> button;
-  headless::forEachView(*medium, [&](ui::View& each) {
-    if (dynamic_cast<ui::Button*>(&each) != nullptr) button = each.shared_from_this();
-  });
-  return headless::tapView(*button, "mediaView");
-}
-
 void tap(Stage& stage, const Command& command) {
   const auto control = command.text("control");
   if (!command.has("view")) {
@@ -69,18 +58,12 @@ void tap(Stage& stage, const Command& command) {
     return;
   }
   const auto view = nativeViewOf(stage, command);
-  check(command, control == "mediaView" ? tapMedium(*view) : headless::tapControl(*view, control));
+  check(command, headless::tapOutlet(*view, control));
 }
 
 void store(Stage& stage, const Command& command) {
   command.choice<bool>("event", {{"finished", true}});
   check(command, stage.host().finishStore());
-}
-
-json snapshotOfView(VantoriumNativeAdView& view) {
-  if (auto* const window = view.window()) window->layoutIfNeeded();
-  view.layoutIfNeeded();
-  return headless::snapshotOf(view);
 }
 
 json emptySnapshot() {
@@ -91,7 +74,7 @@ json emptySnapshot() {
 void snapshot(Stage& stage, const Command& command) {
   json event;
   if (command.has("view")) {
-    event = snapshotOfView(*nativeViewOf(stage, command));
+    event = headless::snapshotOfNativeView(*nativeViewOf(stage, command));
     event["view"] = command.text("view");
   } else {
     event = stage.host().snapshot();

@@ -1,10 +1,13 @@
-#include "drive/native_view_layout.hpp"
+#include "hosts/headless/native_view.hpp"
 
 #include <algorithm>
 #include <map>
-#include <string>
 
-namespace vantorium::drive {
+#include "hosts/headless/snapshot.hpp"
+#include "hosts/headless/view_tree.hpp"
+#include "platform/ui/window.hpp"
+
+namespace vantorium::headless {
 
 namespace {
 
@@ -31,6 +34,17 @@ std::map<std::string, ui::Rect> places(ui::Size view) {
   };
 }
 
+/// What a tap on the medium of a native ad hits: the button over all of it.
+Refusal tapMedium(VantoriumNativeAdView& view) {
+  const auto medium = view.outlets.mediaView.lock();
+  if (!medium) return "There is no control \"mediaView\".";
+  std::shared_ptr<ui::View> button;
+  forEachView(*medium, [&](ui::View& each) {
+    if (dynamic_cast<ui::Button*>(&each) != nullptr) button = each.shared_from_this();
+  });
+  return tapView(*button, "mediaView");
+}
+
 }  // namespace
 
 void layOut(VantoriumNativeAdView& view) {
@@ -41,4 +55,14 @@ void layOut(VantoriumNativeAdView& view) {
   }
 }
 
-}  // namespace vantorium::drive
+Refusal tapOutlet(VantoriumNativeAdView& view, const std::string& outlet) {
+  return outlet == "mediaView" ? tapMedium(view) : tapControl(view, outlet);
+}
+
+nlohmann::json snapshotOfNativeView(VantoriumNativeAdView& view) {
+  if (auto* const window = view.window()) window->layoutIfNeeded();
+  view.layoutIfNeeded();
+  return snapshotOf(view);
+}
+
+}  // namespace vantorium::headless
