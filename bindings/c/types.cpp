@@ -1,6 +1,8 @@
 // References, errors and texts: what all of the C API has in common.
 #include <cstdlib>
-#include <cstring>
+#include <functional>
+
+#include <vantorium/version.h>
 
 #include "bindings/c/call.hpp"
 

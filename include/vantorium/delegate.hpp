@@ -5,6 +5,7 @@
 #include <string>
 
 #include <vantorium/error.hpp>
+#include <vantorium/export.h>
 
 namespace vantorium {
 
@@ -21,7 +22,7 @@ enum class DelegateMethod {
 /// What the application hears of the SDK. Every method is optional, does nothing unless overridden and is
 /// called on the main queue. The SDK holds the delegate weakly: once the application has released it, calls
 /// silently stop.
-class VantoriumDelegate {
+class VANTORIUM_API VantoriumDelegate {
  public:
   virtual ~VantoriumDelegate() = default;
 

@@ -4,11 +4,13 @@
 #include <memory>
 #include <string>
 
+#include <vantorium/export.h>
+
 namespace vantorium {
 
 /// Runs blocks one at a time, in the order in which they were handed over. Entry points that take a queue
 /// call their completion on it; a null queue stands for the main queue of the host.
-class DispatchQueue {
+class VANTORIUM_API DispatchQueue {
  public:
   virtual ~DispatchQueue() = default;
 

@@ -3,11 +3,13 @@
 #include <optional>
 #include <string>
 
+#include <vantorium/export.h>
+
 namespace vantorium {
 
 /// A failure, as a value. The SDK never throws across a public function: every failure arrives in a
 /// completion or as a returned `Error`. Copies are independent; reading one is safe on any thread.
-class Error {
+class VANTORIUM_API Error {
  public:
   /// An error of the platform (network, file system, JSON, player, web engine), with a domain and code of its
   /// own. `description` is one line for people; `debugDescription` is what reports carry, the description
@@ -40,7 +42,7 @@ class Error {
 
 /// The SDK's own errors. Each function makes the `Error` of one case; its localized description is the
 /// message followed by " Domain: com.vantorium Code: " and the code.
-class VantoriumError {
+class VANTORIUM_API VantoriumError {
  public:
   static constexpr const char* errorDomain = "com.vantorium";
   enum Code : int {

@@ -3,6 +3,8 @@
 #include <memory>
 #include <string>
 
+#include <vantorium/export.h>
+
 namespace Gtk {
 class Window;
 }
@@ -40,7 +42,7 @@ struct HostOptions {
 /// Makes the host. GTK must be initialised (inside or after `Gtk::Application::create`). Callbacks to the
 /// application run in the default main context, so they need its main loop running. Keep the host for the
 /// life of the process.
-std::shared_ptr<Host> makeHost(HostOptions options);
+VANTORIUM_API std::shared_ptr<Host> makeHost(HostOptions options);
 
 /// Lets ads be shown in `window`, covering its content but not its title bar. Call it once, before the window
 /// is shown. From then on the window's child is a `Gtk::Overlay` that holds the application's own content,
@@ -49,7 +51,7 @@ std::shared_ptr<Host> makeHost(HostOptions options);
 ///
 /// Ads appear in the active one of the attached windows, else in the latest attached that is visible. The
 /// window may be destroyed at any time; an ad in it then ends with it.
-void attach(Host& host, Gtk::Window& window);
+VANTORIUM_API void attach(Host& host, Gtk::Window& window);
 
 /// How the device is held, seen from its user: landscape left means that its top points to the left.
 enum class DeviceOrientation {
@@ -65,7 +67,7 @@ enum class DeviceOrientation {
 /// For developers: holds the device this way, whatever its sensor says, and tells ads to follow. The window
 /// is taken to be upright in a device held in portrait when it is taller than wide, else in one whose top
 /// points to the right: an ad is turned by what the device is turned from there.
-void setDeviceOrientation(Host& host, DeviceOrientation orientation);
+VANTORIUM_API void setDeviceOrientation(Host& host, DeviceOrientation orientation);
 
 }  // namespace gtk
 }  // namespace vantorium

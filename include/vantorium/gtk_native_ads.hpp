@@ -7,6 +7,7 @@
 #include <string>
 
 #include <vantorium/error.hpp>
+#include <vantorium/export.h>
 #include <vantorium/native_ad.hpp>
 
 namespace vantorium {
@@ -60,7 +61,7 @@ class NativeAdBinding;
 ///
 /// The host, one that `makeHost` gave, outlives the widget; with another kind of host the widget stays empty
 /// and says so on the console.
-class NativeAdView : public Gtk::Box {
+class VANTORIUM_API NativeAdView : public Gtk::Box {
  public:
   explicit NativeAdView(Host& host, Gtk::Orientation orientation = Gtk::Orientation::VERTICAL,
                         int spacing = 0);

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <vantorium/export.h>
+
 namespace vantorium {
 
 namespace ui {
@@ -16,7 +18,7 @@ class Image;
 ///
 /// Records belong to whoever holds them: the SDK fills one in before it hands it out, and afterwards reads
 /// and marks it on the main thread only, when a view shows it. Use them there.
-class VantoriumNativeAdAsset {
+class VANTORIUM_API VantoriumNativeAdAsset {
  public:
   struct Size {
     double width = 0, height = 0;
@@ -46,7 +48,7 @@ class VantoriumNativeAdAsset {
 ///
 /// For threads see `VantoriumNativeAdAsset`. An ad may be shown in several views and several times; each of
 /// its events is reported once.
-class VantoriumNativeAd {
+class VANTORIUM_API VantoriumNativeAd {
  public:
   /// A record of the defaults shown here.
   VantoriumNativeAd() = default;

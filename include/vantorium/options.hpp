@@ -4,17 +4,19 @@
 #include <optional>
 #include <string>
 
+#include <vantorium/export.h>
+
 namespace vantorium {
 
 /// The base of every option object, so that one operation can accept any of them. Option objects are plain
 /// values filled by the application; do not change one on another thread while a call that received it is
 /// running.
-struct VantoriumAdOptions {
+struct VANTORIUM_API VantoriumAdOptions {
   virtual ~VantoriumAdOptions() = default;
 };
 
 /// How native ads are precached.
-struct VantoriumNativeAdOptions : VantoriumAdOptions {
+struct VANTORIUM_API VantoriumNativeAdOptions : VantoriumAdOptions {
   /// Download the ads' images and videos too, not only their icons.
   bool shouldDownloadAssets = true;
   /// How many ads to ask the service for. More than five is brought down to five, in this object too.
@@ -24,7 +26,7 @@ struct VantoriumNativeAdOptions : VantoriumAdOptions {
 };
 
 /// How a native ad's video behaves.
-struct VantoriumMediaViewOptions : VantoriumAdOptions {
+struct VANTORIUM_API VantoriumMediaViewOptions : VantoriumAdOptions {
   /// Start the video by itself once it is seen, and stop it when it is not. Without this the application
   /// plays it, with a control of its own: the view has none but for the sound.
   bool shouldAutoplayVideo = true;
@@ -35,7 +37,7 @@ struct VantoriumMediaViewOptions : VantoriumAdOptions {
 };
 
 /// The application's own parameters for one showing or one click; they travel with click reports.
-struct VantoriumServerParameter : VantoriumAdOptions {
+struct VANTORIUM_API VantoriumServerParameter : VantoriumAdOptions {
   std::optional<std::map<std::string, std::string>> parameters;
 };
 

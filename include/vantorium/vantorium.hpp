@@ -10,6 +10,7 @@
 #include <vantorium/delegate.hpp>
 #include <vantorium/dispatch_queue.hpp>
 #include <vantorium/error.hpp>
+#include <vantorium/export.h>
 #include <vantorium/native_ad.hpp>
 #include <vantorium/options.hpp>
 #include <vantorium/parameters.hpp>
@@ -41,7 +42,7 @@ struct DeveloperSettings {
 /// and for `populateNativeAdView`), on the queue that the call names; a null queue is the main queue of the
 /// host. When a delegate call and a completion are due on the main queue, the delegate hears first. Nothing
 /// is ever thrown.
-class Vantorium {
+class VANTORIUM_API Vantorium {
  public:
   using Completion = std::function<void(bool success, std::optional<Error> error)>;
 

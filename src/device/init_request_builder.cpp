@@ -8,6 +8,8 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 
+#include <vantorium/version.h>
+
 #include "platform/foundation/ascii.hpp"
 #include "platform/foundation/date_format.hpp"
 

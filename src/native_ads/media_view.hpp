@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include <vantorium/export.h>
 #include <vantorium/options.hpp>
 
 #include "client/client.hpp"
@@ -18,7 +19,7 @@ namespace vantorium {
 /// A native ad's main medium: its video, which plays while some part of the view is on screen and is muted by
 /// a tap; or else its image. Start and end of the video are reported once per ad. Main thread only; the host
 /// outlives the view.
-class VantoriumMediaView : public ui::View {
+class VANTORIUM_HOST_API VantoriumMediaView : public ui::View {
  public:
   static std::shared_ptr<VantoriumMediaView> make(Host& host, ui::Rect frame = {});
   ~VantoriumMediaView() override;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include <vantorium/export.h>
 #include <vantorium/options.hpp>
 
 #include "client/client.hpp"
@@ -22,7 +23,7 @@ namespace vantorium {
 /// privacy policy's image. What was reported is noted in the ad, so an ad shown twice is reported once.
 ///
 /// Main thread only; the host outlives the view.
-class VantoriumNativeAdView : public ui::View {
+class VANTORIUM_HOST_API VantoriumNativeAdView : public ui::View {
  public:
   explicit VantoriumNativeAdView(Host& host, ui::Rect frame = {}) : View(frame), host_(host) {}
   const char* className() const override { return "VantoriumNativeAdView"; }

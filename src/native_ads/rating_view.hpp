@@ -3,13 +3,15 @@
 #include <memory>
 #include <vector>
 
+#include <vantorium/export.h>
+
 #include "platform/ui/controls.hpp"
 #include "platform/ui/view.hpp"
 
 namespace vantorium {
 
 /// A rating of 0 to 5 as a row of five stars, edge to edge, each as tall as the view. Main thread only.
-class VantoriumRatingView : public ui::View {
+class VANTORIUM_HOST_API VantoriumRatingView : public ui::View {
  public:
   static std::shared_ptr<VantoriumRatingView> make(ui::Rect frame = {});
   const char* className() const override { return "VantoriumRatingView"; }

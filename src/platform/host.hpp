@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include <vantorium/dispatch_queue.hpp>
+#include <vantorium/export.h>
 
 #include "platform/av/media_player.hpp"
 #include "platform/foundation/clock.hpp"
@@ -20,7 +21,7 @@ namespace vantorium {
 /// toolkit, implement this class and the ports it hands out; the library decides, a host only does.
 ///
 /// One host serves one SDK and outlives it. Calls may come on any thread unless a port says otherwise.
-class Host {
+class VANTORIUM_HOST_API Host {
  public:
   virtual ~Host() = default;
 

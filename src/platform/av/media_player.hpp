@@ -5,6 +5,7 @@
 #include <optional>
 
 #include <vantorium/error.hpp>
+#include <vantorium/export.h>
 
 #include "platform/ui/geometry.hpp"
 
@@ -13,7 +14,7 @@ namespace vantorium {
 /// Plays one media file. Implemented by a host; main thread only. A new player is at time zero, paused, with
 /// sound, and has not touched its file. Handlers are called on the main thread, never after the player is
 /// gone.
-class MediaPlayer {
+class VANTORIUM_HOST_API MediaPlayer {
  public:
   virtual ~MediaPlayer() = default;
 

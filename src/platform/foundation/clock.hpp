@@ -4,6 +4,8 @@
 #include <functional>
 #include <memory>
 
+#include <vantorium/export.h>
+
 namespace vantorium {
 
 using Date = std::chrono::system_clock::time_point;
@@ -11,13 +13,13 @@ using Seconds = std::chrono::duration<double>;
 
 /// A pending timer. Dropping it cancels it: dropped on the main thread, its handler does not run after that.
 /// It may be dropped inside its own handler, and on any thread (a handler already under way then still ends).
-class Timer {
+class VANTORIUM_HOST_API Timer {
  public:
   virtual ~Timer() = default;
 };
 
 /// Time, as the host has it: real, or virtual in tests. May be used on any thread.
-class Clock {
+class VANTORIUM_HOST_API Clock {
  public:
   virtual ~Clock() = default;
 

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <vantorium/error.hpp>
+#include <vantorium/export.h>
 
 namespace vantorium {
 
@@ -15,7 +16,7 @@ namespace vantorium {
 ///
 /// Bytes come from memory or from a spool file that is mapped (a download that grew past what memory should
 /// hold).
-class Data {
+class VANTORIUM_HOST_API Data {
  public:
   /// No bytes, which is not the same as no data.
   Data();

@@ -8,6 +8,8 @@
 #include <variant>
 #include <vector>
 
+#include <vantorium/export.h>
+
 namespace vantorium {
 
 enum class BatteryState { unknown, unplugged, charging, full };
@@ -44,7 +46,7 @@ struct DeviceFacts {
 
 /// Answers what the SDK asks about the device. Every call may come on any thread, answers at once from what
 /// is known (never waits for another process) and does not fail.
-class DeviceInformation {
+class VANTORIUM_HOST_API DeviceInformation {
  public:
   virtual ~DeviceInformation() = default;
 

@@ -6,22 +6,25 @@
 #include <string_view>
 
 #include <vantorium/error.hpp>
+#include <vantorium/export.h>
 
 namespace vantorium {
 
 /// Creates the folder and its parents unless something, of whatever kind, exists at `path`. A failure is
 /// silent: the write that follows reports it.
-void createDirectoryIfNeeded(const std::filesystem::path& path);
+VANTORIUM_HOST_API void createDirectoryIfNeeded(const std::filesystem::path& path);
 
 /// Writes a whole file so that a reader, or a process killed half-way, sees the old content or the new one,
 /// never a part. Returns the failure, a "posix" error; the old file is then untouched.
 std::optional<Error> writeFileAtomically(const std::filesystem::path& path, std::string_view content);
 
 /// The whole file as bytes, or none with `error` set.
-std::optional<std::string> readFile(const std::filesystem::path& path, std::optional<Error>& error);
+VANTORIUM_HOST_API std::optional<std::string> readFile(const std::filesystem::path& path,
+                                                       std::optional<Error>& error);
 
 /// The whole file when it holds valid UTF-8 text, or none with `error` set.
-std::optional<std::string> readTextFile(const std::filesystem::path& path, std::optional<Error>& error);
+VANTORIUM_HOST_API std::optional<std::string> readTextFile(const std::filesystem::path& path,
+                                                           std::optional<Error>& error);
 
 /// Whether the bytes are valid UTF-8.
 bool isUTF8(std::string_view text);

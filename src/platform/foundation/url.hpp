@@ -4,11 +4,13 @@
 #include <string>
 #include <string_view>
 
+#include <vantorium/export.h>
+
 namespace vantorium {
 
 /// A URL that parsed (RFC 3986). Text with a blank, a control or a non-ASCII character, a "%" that is not an
 /// escape, or nothing at all, is not a URL. Text without a scheme is a relative one.
-class URL {
+class VANTORIUM_HOST_API URL {
  public:
   static std::optional<URL> parse(std::string_view text);
 
@@ -39,12 +41,12 @@ std::string percentDecoded(std::string_view text);
 std::optional<std::string> strictlyPercentDecoded(std::string_view text);
 
 /// A "file:" URL for an absolute path.
-std::string fileURL(std::string_view path);
+VANTORIUM_HOST_API std::string fileURL(std::string_view path);
 
 /// Likewise for a folder: relative references lead into it.
-std::string folderURL(std::string_view path);
+VANTORIUM_HOST_API std::string folderURL(std::string_view path);
 
 /// A fresh random UUID: 36 characters, upper-case hexadecimal, 8-4-4-4-12. Any thread.
-std::string makeUUID();
+VANTORIUM_HOST_API std::string makeUUID();
 
 }  // namespace vantorium

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include <vantorium/export.h>
+
 namespace vantorium {
 
 /// What the platform says about the way to the internet: a set of flag bits.
@@ -16,7 +18,7 @@ inline constexpr std::uint32_t isWWAN = 1U << 18;
 
 /// A probe of general internet connectivity. Every call may come on any thread and reads afresh, without
 /// waiting for the network.
-class ReachabilityProbe {
+class VANTORIUM_HOST_API ReachabilityProbe {
  public:
   virtual ~ReachabilityProbe() = default;
 

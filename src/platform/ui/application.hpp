@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include <vantorium/export.h>
+
 #include "platform/ui/geometry.hpp"
 
 namespace vantorium::ui {
@@ -32,7 +34,7 @@ enum class ApplicationEvent { didEnterBackground, willEnterForeground, deviceOri
 
 /// The application that the SDK lives in: its front window, the device's orientation and the way to other
 /// applications. Implemented by a host; main thread only.
-class Application {
+class VANTORIUM_HOST_API Application {
  public:
   virtual ~Application() = default;
 

@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+#include <vantorium/export.h>
+
 #include "platform/ui/image.hpp"
 #include "platform/ui/view.hpp"
 
@@ -12,7 +14,7 @@ namespace vantorium::ui {
 enum class TextAlignment { left, center, right };
 
 /// One or more lines of text, centred vertically, cut with an ellipsis where they do not fit.
-class Label : public View {
+class VANTORIUM_HOST_API Label : public View {
  public:
   using View::View;
   const char* className() const override { return "Label"; }
@@ -47,7 +49,7 @@ using ImageName = std::string;
 /// How a picture fills its view: letterboxed, or cropped.
 enum class ContentMode { scaleAspectFit, scaleAspectFill };
 
-class ImageView : public View {
+class VANTORIUM_HOST_API ImageView : public View {
  public:
   using View::View;
   const char* className() const override { return "ImageView"; }
@@ -74,7 +76,7 @@ class ImageView : public View {
 };
 
 /// A control with a title, an image or both, that acts on taps, clicks and the keyboard.
-class Button : public View {
+class VANTORIUM_HOST_API Button : public View {
  public:
   using View::View;
   const char* className() const override { return "Button"; }

@@ -5,13 +5,15 @@
 #include <string>
 #include <variant>
 
+#include <vantorium/export.h>
+
 #include "platform/foundation/data.hpp"
 
 namespace vantorium::ui {
 
 /// A picture to be drawn: one of the SDK's bundle, or one of an ad, which came from the network and may be
 /// anything. It is not decoded here but by the host that shows it. Immutable; any thread.
-class Image {
+class VANTORIUM_HOST_API Image {
  public:
   /// Larger files are not taken for pictures.
   static constexpr std::size_t largestFile = std::size_t{32} << 20U;

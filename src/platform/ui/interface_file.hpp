@@ -6,12 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include <vantorium/export.h>
+
 #include "platform/ui/view.hpp"
 
 namespace vantorium::ui {
 
 /// A file of the SDK's resource bundle, compiled in. Empty when there is none of that name.
-std::string_view bundleResource(std::string_view name);
+VANTORIUM_HOST_API std::string_view bundleResource(std::string_view name);
 
 /// What an interface file is connected to. Outlets and actions that the file names and the map does not have
 /// are errors, and so are outlets of the map that the file does not fill.

@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include <vantorium/export.h>
+
 #include "platform/ui/geometry.hpp"
 
 namespace vantorium {
@@ -13,7 +15,7 @@ namespace vantorium::ui {
 class View;
 
 /// A drawn part of a view, behind its subviews. Main thread only.
-class Layer {
+class VANTORIUM_HOST_API Layer {
  public:
   virtual ~Layer() = default;
 
@@ -36,7 +38,7 @@ class Layer {
 
 /// The outline of a rounded rectangle, drawn from a fraction of its length to its end. The outline starts at
 /// the middle of the top and runs clockwise.
-class ShapeLayer : public Layer {
+class VANTORIUM_HOST_API ShapeLayer : public Layer {
  public:
   /// The rectangle (in the layer's coordinates) and its corner radius.
   void setRoundedRect(Rect rect, double cornerRadius);
@@ -69,7 +71,7 @@ class ShapeLayer : public Layer {
 enum class VideoGravity { resizeAspect, resizeAspectFill };
 
 /// Shows what a player plays.
-class PlayerLayer : public Layer {
+class VANTORIUM_HOST_API PlayerLayer : public Layer {
  public:
   /// `player` may be null: nothing is shown then.
   explicit PlayerLayer(std::shared_ptr<MediaPlayer> player) : player_(std::move(player)) {}

@@ -3,6 +3,8 @@
 #include <functional>
 #include <string>
 
+#include <vantorium/export.h>
+
 #include "platform/ui/view_controller.hpp"
 
 namespace vantorium::ui {
@@ -11,7 +13,7 @@ class Label;
 
 /// The sheet that offers the advertised application: it names the product, opens its store page and is closed
 /// by its user. Main thread only. Hosts may derive from it to show more of the product.
-class StoreProductViewController : public ViewController {
+class VANTORIUM_HOST_API StoreProductViewController : public ViewController {
  public:
   explicit StoreProductViewController(Application& application);
   const char* className() const override { return "StoreProductViewController"; }

@@ -6,6 +6,8 @@
 #include <thread>
 #include <vector>
 
+#include <vantorium/export.h>
+
 #include "platform/ui/geometry.hpp"
 #include "platform/ui/layer.hpp"
 #include "platform/ui/layout_constraint.hpp"
@@ -19,7 +21,7 @@ class Window;
 /// dirty, and once per turn of the main queue the host's renderer mirrors the tree into real widgets.
 ///
 /// Main thread only (asserted). Made with `std::make_shared`; a view owns its subviews and layers.
-class View : public std::enable_shared_from_this<View> {
+class VANTORIUM_HOST_API View : public std::enable_shared_from_this<View> {
  public:
   explicit View(Rect frame = {});
   virtual ~View();

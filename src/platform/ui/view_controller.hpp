@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <vantorium/export.h>
+
 #include "platform/ui/view.hpp"
 
 namespace vantorium::ui {
@@ -13,7 +15,7 @@ class Application;
 
 /// A screen: owns a root view, is presented over another screen and hears of its life. Main thread only; made
 /// with `std::make_shared`. A presenting controller owns the one it presents.
-class ViewController : public std::enable_shared_from_this<ViewController> {
+class VANTORIUM_HOST_API ViewController : public std::enable_shared_from_this<ViewController> {
  public:
   explicit ViewController(Application& application) : application_(application) {}
   virtual ~ViewController();

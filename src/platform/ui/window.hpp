@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include <vantorium/export.h>
+
 #include "platform/ui/view.hpp"
 
 namespace vantorium::ui {
@@ -10,7 +12,7 @@ class ViewController;
 class Window;
 
 /// Mirrors windows into real widgets. Implemented by a host.
-class Renderer {
+class VANTORIUM_HOST_API Renderer {
  public:
   virtual ~Renderer() = default;
 
@@ -22,7 +24,7 @@ class Renderer {
 
 /// The root of a tree: what one real window shows of the SDK. Ad screens are its subviews, the front-most
 /// last. Main thread only. The renderer outlives it.
-class Window : public View {
+class VANTORIUM_HOST_API Window : public View {
  public:
   Window(Renderer& renderer, Rect frame) : View(frame), renderer_(renderer) {}
   const char* className() const override { return "Window"; }

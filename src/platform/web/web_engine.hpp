@@ -4,6 +4,7 @@
 #include <string>
 
 #include <vantorium/error.hpp>
+#include <vantorium/export.h>
 
 #include "platform/ui/view.hpp"
 
@@ -28,7 +29,7 @@ enum class WebEngineGeneration { newer, older };
 /// A page runs with script on. It may read files of the folder named with `loadFile` (or, for a "file:" base,
 /// of the base folder) and nothing else on disk. No script runs before one of these calls, and no sound is
 /// heard before `setAudible`. Scrolling is off and the background is clear.
-class WebEngine : public ui::View {
+class VANTORIUM_HOST_API WebEngine : public ui::View {
  public:
   /// `decidePolicy` is asked before each navigation, redirects and those started by a load call included;
   /// false stops it. `didFail` hears of a load that failed after it was let through. Either may destroy the
