@@ -165,8 +165,9 @@ void vantorium_populate_native_ad_view(vantorium_native_ad_view* view, vantorium
                                        vantorium_completion completion, void* user_data,
                                        vantorium_callback free_user_data) {
   begin(completion, user_data, free_user_data, [&](Vantorium::Completion done) {
-    Vantorium::populateNativeAdView(object(view, "view"), object(ad, "ad"),
-                                    allOptions(options, options_count), std::move(done));
+    const auto place = object(view, "view");
+    const auto record = object(ad, "ad");
+    Vantorium::populateNativeAdView(place, record, allOptions(options, options_count), std::move(done));
   });
 }
 

@@ -3,6 +3,7 @@
 #include <gtkmm/init.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 
 #include <vantorium/gtk.h>
@@ -16,6 +17,9 @@ using namespace vantorium;
 using namespace vantorium::c;
 
 namespace {
+
+/// The thread that made the latest host, which is the toolkit's.
+std::atomic<GThread*> toolkitThread = nullptr;
 
 /// The host, if it is one of GTK.
 std::shared_ptr<Host> desktop(vantorium_host* host) {
@@ -36,6 +40,8 @@ Instance* checked(Instance* instance, GType type, const char* argument) {
 }
 
 gtk::NativeAdView& viewOf(GtkWidget* widget) {
+  if (toolkitThread != g_thread_self())
+    refuse("Widgets are of use on the main thread only. Call this there.");
   checked(widget, GTK_TYPE_BOX, "native_ad_view");
   auto* const view = dynamic_cast<gtk::NativeAdView*>(Glib::wrap(widget));
   if (view == nullptr)
@@ -65,6 +71,7 @@ vantorium_host* vantorium_gtk_host_new(const vantorium_gtk_host_options* options
     auto read = readOptions(options);
     if (gtk_is_initialized() == FALSE) refuse("GTK is not initialised. Make the host in \"activate\".");
     Gtk::init_gtkmm_internals();
+    toolkitThread = g_thread_self();
     return giveToThisThread<vantorium_host>(gtk::makeHost(std::move(read)));
   });
 }

@@ -2,7 +2,7 @@
 #include <fmt/format.h>
 
 #include "drive/commands/commands.hpp"
-#include "hosts/headless/snapshot.hpp"
+#include "hosts/headless/native_view.hpp"
 #include "hosts/headless/view_tree.hpp"
 #include "platform/ui/window.hpp"
 
