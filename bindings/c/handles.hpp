@@ -20,7 +20,7 @@
 namespace vantorium::c {
 
 /// Thrown inside the binding when an argument is of no use, and never out of it.
-struct Refusal {
+struct VANTORIUM_HOST_API Refusal {
   Error error;
 };
 [[noreturn]] VANTORIUM_HOST_API void refuse(const std::string& text);

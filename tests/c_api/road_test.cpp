@@ -217,9 +217,19 @@ TEST(CRoad, OfNativeAdsThroughAQueueOfTheApplications) {
   });
   ASSERT_TRUE(clicked);
   EXPECT_NE((*clicked)["target"].get<std::string>().find("row=1"), std::string::npos);
+  vantorium_release(queue);
+}
 
-  Told dropped;
-  vantorium_can_view("rewarded-main", queue, Told::complete, &dropped, Told::free);
+TEST(CQueue, OfTheApplicationsRunsItsWorkOnceOrDropsIt) {
+  Inbox inbox;
+  auto* const queue = vantorium_queue_new(Inbox::async, &inbox, Inbox::free);
+  Told run, dropped;
+  const auto work = [](void* data) { ++static_cast<Told*>(data)->calls; };
+  EXPECT_TRUE(vantorium_queue_async(queue, work, &run, Told::free));
+  EXPECT_TRUE(vantorium_queue_async(queue, work, &dropped, Told::free));
+  EXPECT_EQ(run.calls, 0) << "never inside the call";
+  EXPECT_TRUE(vantorium_work_run(inbox.next()));
+  EXPECT_TRUE(run.isOver());
   EXPECT_TRUE(vantorium_release(inbox.next()));
   EXPECT_EQ(dropped.calls, 0);
   EXPECT_EQ(dropped.frees, 1) << "work that is dropped takes its data along";
