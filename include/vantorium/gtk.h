@@ -7,7 +7,7 @@
 
 /** @file
  *  The GTK 4 host for applications written in C, or in another language with GTK's own widgets. Everything
- * here is for the main thread; hosts and views given elsewhere are refused. */
+ *  here is for the main thread; hosts and views given elsewhere are refused. */
 
 #ifdef __cplusplus
 extern "C" {
@@ -27,8 +27,8 @@ typedef struct vantorium_gtk_host_options {
  *  GtkApplication). Callbacks run in the default main context. Null on failure. */
 VANTORIUM_API vantorium_host* vantorium_gtk_host_new(const vantorium_gtk_host_options* options);
 /** Lets ads be shown in the window, covering its content but not its title bar. Call it once, before the
- * window is shown. From then on the window's child is a GtkOverlay that holds the application's own content.
- * False on failure. */
+ *  window is shown. From then on the window's child is a GtkOverlay that holds the application's own
+ *  content. False on failure. */
 VANTORIUM_API bool vantorium_gtk_attach(vantorium_host* host, GtkWindow* window);
 
 /** How the device is held, seen from its user. */
@@ -46,15 +46,15 @@ VANTORIUM_API bool vantorium_gtk_set_device_orientation(vantorium_host* host,
                                                         vantorium_gtk_device_orientation orientation);
 
 /** A native ad: a GtkBox that holds the application's own widgets, some of which are connected to the ad's
- * outlets. As with every new widget its one reference is floating: put it into a container. Null on failure.
- */
+ *  outlets. As with every new widget its one reference is floating: put it into a container. Null on
+ *  failure. */
 VANTORIUM_API GtkWidget* vantorium_gtk_native_ad_view_new(vantorium_host* host, GtkOrientation orientation,
                                                           int spacing);
-/** Connects a widget inside the box to the outlet, in place of another: `appNameLabel`, `appDeveloperLabel`,
- *  `appDescriptionLabel` and `reviewsLabel` take a GtkLabel; `iconImageView`, `imageView` and
- *  `privacyPolicyImageView` a GtkPicture or GtkImage; `callToActionButton` a GtkButton; `mediaView` and
- * `ratingView` an empty GtkBox. All are optional; see `vantorium::gtk::NativeAdView`. False when the widget
- * does not fit. */
+/** Connects a widget inside the box to the outlet, in place of another: `appNameLabel`,
+ *  `appDeveloperLabel`, `appDescriptionLabel` and `reviewsLabel` take a GtkLabel; `iconImageView`,
+ *  `imageView` and `privacyPolicyImageView` a GtkPicture or GtkImage; `callToActionButton` a GtkButton;
+ *  `mediaView` and `ratingView` an empty GtkBox. All are optional; see `vantorium::gtk::NativeAdView`.
+ *  False when the widget does not fit. */
 VANTORIUM_API bool vantorium_gtk_native_ad_view_connect(GtkWidget* native_ad_view, const char* outlet,
                                                         GtkWidget* widget);
 /** What `vantorium_populate_native_ad_view` fills, as a reference of the caller's. Null on failure. */
@@ -66,7 +66,7 @@ VANTORIUM_API bool vantorium_gtk_native_ad_view_play_video(GtkWidget* native_ad_
 /** Pauses it. False on failure. */
 VANTORIUM_API bool vantorium_gtk_native_ad_view_pause_video(GtkWidget* native_ad_view);
 /** Replaces the stars of the connected `ratingView` by pictures in these files, from the next filling on.
- * False on failure. */
+ *  False on failure. */
 VANTORIUM_API bool vantorium_gtk_native_ad_view_set_star_images(GtkWidget* native_ad_view,
                                                                 const char* empty_path,
                                                                 const char* half_full_path,

@@ -5,7 +5,7 @@
 
 /** @file
  *  The host without a screen, for tests of an application's ad flow: the test is the user, the page, the
- * film, the store and the device. The network is real.
+ *  film, the store and the device. The network is real.
  *
  *  Everything here is for the thread that made the host, which is the main thread. A function that asks for
  *  something that cannot be done changes nothing, returns false and notes why. */
@@ -14,12 +14,12 @@
 extern "C" {
 #endif
 
-/** Makes the host. `home` is the folder of its settings and caches, made when needed: two hosts with the same
- * home, one after the other, are two launches of one installation. With `virtual_time` time stands still
- * until `vantorium_headless_advance`. Null on failure. */
+/** Makes the host. `home` is the folder of its settings and caches, made when needed: two hosts with the
+ *  same home, one after the other, are two launches of one installation. With `virtual_time` time stands
+ *  still until `vantorium_headless_advance`. Null on failure. */
 VANTORIUM_API vantorium_host* vantorium_headless_host_new(const char* home, bool virtual_time);
-/** Runs the main queue until `done` answers true, asked with `user_data` after each piece of work. False when
- *  `timeout` seconds of real time have passed first. */
+/** Runs the main queue until `done` answers true, asked with `user_data` after each piece of work. False
+ *  when `timeout` seconds of real time have passed first. */
 VANTORIUM_API bool vantorium_headless_run_until(vantorium_host* host, bool (*done)(void* user_data),
                                                 void* user_data, double timeout);
 /** Moves virtual time on by so many seconds, running each timer on the way, in order. */
@@ -27,7 +27,7 @@ VANTORIUM_API bool vantorium_headless_advance(vantorium_host* host, double secon
 /** Whether the device is online; it is at first. */
 VANTORIUM_API bool vantorium_headless_set_online(vantorium_host* host, bool is_online);
 /** Sets facts of the device, an object of JSON such as {"volume":0.5,"idfa":null}; null takes one away. The
- * names are those of the "set" of scripted runs. All are set, or none. */
+ *  names are those of the "set" of scripted runs. All are set, or none. */
 VANTORIUM_API bool vantorium_headless_set_device(vantorium_host* host, const char* facts);
 
 /** The page in front follows a link to `url`, such as "closead://". */
@@ -46,7 +46,7 @@ typedef enum vantorium_headless_video_end {
 VANTORIUM_API bool vantorium_headless_end_video(vantorium_host* host, vantorium_headless_video_end how,
                                                 const char* text);
 /** The user taps the control of the screen in front that has this name in its snapshot, such as
- * "closeButton", or goes "back". */
+ *  "closeWebViewButton", or goes "back". */
 VANTORIUM_API bool vantorium_headless_tap(vantorium_host* host, const char* control);
 /** The user closes the store's sheet. */
 VANTORIUM_API bool vantorium_headless_finish_store(vantorium_host* host);
@@ -54,7 +54,7 @@ VANTORIUM_API bool vantorium_headless_finish_store(vantorium_host* host);
  *  `vantorium_free_text`; null on failure. */
 VANTORIUM_API char* vantorium_headless_snapshot(vantorium_host* host);
 /** What happened since the last call, each an object of JSON on a line ended by "\n", as scripted runs tell
- * it. To be freed with `vantorium_free_text`; null on failure. */
+ *  it. To be freed with `vantorium_free_text`; null on failure. */
 VANTORIUM_API char* vantorium_headless_take_events(vantorium_host* host);
 
 /** A place for a native ad, of the given size in points, with all outlets. It is not seen until

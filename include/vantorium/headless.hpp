@@ -66,7 +66,7 @@ enum class VideoEnd {
 VANTORIUM_API std::optional<Error> endVideo(vantorium::Host& host, VideoEnd how,
                                             const std::string& text = {});
 /// The user taps the control of the screen in front that has this name in its snapshot, such as
-/// "closeButton", or goes "back".
+/// "closeWebViewButton", or goes "back".
 VANTORIUM_API std::optional<Error> tap(vantorium::Host& host, const std::string& control);
 /// The user closes the store's sheet.
 VANTORIUM_API std::optional<Error> finishStore(vantorium::Host& host);

@@ -27,11 +27,11 @@ class VantoriumNativeAdView;
 struct DeveloperSettings {
   /// Address of the service: https, or http on this machine only; scheme, host and perhaps a port, no
   /// trailing slash.
-  std::string baseURL;
+  std::string baseURL{};
   /// Address of the offer wall's host, likewise; empty for the real one.
-  std::string widgetURL;
+  std::string widgetURL{};
   /// PEM file of a certificate to trust besides the system's; empty for none.
-  std::filesystem::path trustedCertificate;
+  std::filesystem::path trustedCertificate{};
 };
 
 /// The one class that the application talks to. There are no instances: the functions stand for the one SDK
@@ -57,8 +57,8 @@ class VANTORIUM_API Vantorium {
   /// `internalError`, inside the call, and the others do nothing. Fails when there is a host already or
   /// `host` is null. The host is kept until the process ends.
   static std::optional<Error> setHost(std::shared_ptr<Host> host);
-  /// Accepted after `setHost` and before any function with a completion is called; refused afterwards, and
-  /// for addresses that may not be a service's, with an error that says what is wrong. Nothing changes then.
+  /// Accepted right after `setHost`, before the SDK is used; refused afterwards, and for addresses that may
+  /// not be a service's, with an error that says what is wrong. Nothing changes then.
   static std::optional<Error> setDeveloperSettings(const DeveloperSettings& settings);
   /// Takes away an ad that is shown, ends all work under way (each completion hears of it) and stops the
   /// SDK's network within a second. Main thread. Afterwards, as before `setHost`, there is no host. An

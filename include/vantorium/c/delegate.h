@@ -8,7 +8,7 @@ extern "C" {
 #endif
 
 /** The methods of a delegate. A null one is a method that it does not answer, and is not called. All are
- * called on the main queue. Errors are null or lent for the call, texts are valid inside it. */
+ *  called on the main queue. Errors are null or lent for the call, texts are valid inside it. */
 typedef struct vantorium_delegate_methods {
   /** `sizeof(vantorium_delegate_methods)`, so that methods can be added. */
   size_t size;
@@ -27,7 +27,7 @@ typedef struct vantorium_delegate_methods {
 } vantorium_delegate_methods;
 
 /** A delegate with these methods, which are copied. `free_user_data` is called when the last reference is
- * given up and no method is running. Null on failure, and `user_data` has been freed then. */
+ *  given up and no method is running. Null on failure, and `user_data` has been freed then. */
 VANTORIUM_API vantorium_delegate* vantorium_delegate_new(const vantorium_delegate_methods* methods,
                                                          void* user_data, vantorium_callback free_user_data);
 

@@ -30,8 +30,8 @@ VANTORIUM_API const char* vantorium_error_text(vantorium_error* error);
  *  error. */
 VANTORIUM_API const char* vantorium_error_message(vantorium_error* error);
 
-/** Why the latest call on this thread that failed did so; null when none has. Lent until the next one fails;
- * a call that succeeds leaves it alone. */
+/** Why the latest call on this thread that failed did so; null when none has. Lent until the next one
+ *  fails; a call that succeeds leaves it alone. */
 VANTORIUM_API vantorium_error* vantorium_last_error(void);
 /** Forgets it. */
 VANTORIUM_API void vantorium_clear_last_error(void);

@@ -5,9 +5,9 @@
 
 /** @file
  *  Native ads and their media. Records may be kept and given up on any thread; they are read and written on
- * the main thread only, the one that `vantorium_set_host` was called on. Elsewhere, as for a wrong handle, a
- * getter returns null, 0 or false and a setter false. Indices count from 0; one that is too large is a
- * failure. */
+ *  the main thread only, the one that `vantorium_set_host` was called on. Elsewhere, as for a wrong handle,
+ *  a getter returns null, 0 or false and a setter false. Indices count from 0; one that is too large is a
+ *  failure. */
 
 #ifdef __cplusplus
 extern "C" {
@@ -75,7 +75,7 @@ VANTORIUM_API bool vantorium_native_ad_is_reported(vantorium_native_ad* ad, vant
 VANTORIUM_API bool vantorium_native_ad_set_is_reported(vantorium_native_ad* ad, vantorium_native_ad_mark mark,
                                                        bool value);
 /** Whether views would show the file at `appIconFilePath` (`appIconImage`): a PNG, JPEG, GIF or WebP of at
- * most 32 MiB. Decided at the first call. */
+ *  most 32 MiB. Decided at the first call. */
 VANTORIUM_API bool vantorium_native_ad_has_app_icon_image(vantorium_native_ad* ad);
 
 /** An asset without any content, to be filled by the application. */

@@ -5,15 +5,15 @@
 
 /** @file
  *  What the application fills in and passes to a call. The objects are read inside the call and may be
- * changed or given up afterwards. A setter returns false, and changes nothing, for a handle or text that is
- * wrong. */
+ *  changed or given up afterwards. A setter returns false, and changes nothing, for a handle or text that
+ *  is wrong. */
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/** No parameters yet. Known keys are `vantorium_user_id_key` and its like; others, and values of another type
- * than the key's, are ignored by `vantorium_configure`. */
+/** No parameters yet. Known keys are `vantorium_user_id_key` and its like; others, and values of another
+ *  type than the key's, are ignored by `vantorium_configure`. */
 VANTORIUM_API vantorium_parameters* vantorium_parameters_new(void);
 /** Sets a text, in place of what the key had. */
 VANTORIUM_API bool vantorium_parameters_set_text(vantorium_parameters* parameters, const char* key,
@@ -28,7 +28,7 @@ VANTORIUM_API bool vantorium_parameters_set_number(vantorium_parameters* paramet
 VANTORIUM_API bool vantorium_parameters_set_flag(vantorium_parameters* parameters, const char* key,
                                                  bool value);
 /** Sets a moment in seconds since 1970 began in UTC, before it when negative, in place of what the key had.
- * False for one more than 290 years away. */
+ *  False for one more than 290 years away. */
 VANTORIUM_API bool vantorium_parameters_set_date(vantorium_parameters* parameters, const char* key,
                                                  int64_t seconds_since_1970);
 /** Takes the key away, if it is there. */
@@ -36,7 +36,7 @@ VANTORIUM_API bool vantorium_parameters_remove(vantorium_parameters* parameters,
 
 /** Options for `vantorium_precache_native_ads`: assets are downloaded, one ad, of creative type "both". */
 VANTORIUM_API vantorium_native_ad_options* vantorium_native_ad_options_new(void);
-/** Whether images and videos are downloaded too, not only icons. */
+/** Whether the icon, the pictures and the video of an ad are put on disk. */
 VANTORIUM_API bool vantorium_native_ad_options_should_download_assets(vantorium_native_ad_options* options);
 /** See above. */
 VANTORIUM_API bool vantorium_native_ad_options_set_should_download_assets(
