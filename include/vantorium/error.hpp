@@ -27,6 +27,7 @@ class VANTORIUM_API Error {
   /// localized description of one of the SDK's own.
   const std::string& errorMessage() const { return isPlatform_ ? debugDescription_ : description_; }
 
+  /// Whether all of both is the same.
   friend bool operator==(const Error&, const Error&) = default;
 
  private:
@@ -44,7 +45,9 @@ class VANTORIUM_API Error {
 /// message followed by " Domain: com.vantorium Code: " and the code.
 class VANTORIUM_API VantoriumError {
  public:
+  /// The domain of all of them.
   static constexpr const char* errorDomain = "com.vantorium";
+  /// The code of each, in the order of the functions below.
   enum Code : int {
     notConfiguredCode = 1,
     internalErrorCode = 2,

@@ -21,6 +21,7 @@ class Host;
 ///     vantorium::gtk::attach(*host, window);
 namespace gtk {
 
+/// What the application tells its host about itself.
 struct HostOptions {
   /// Reverse-domain name of the application: names its folders for caches and preferences, and is told to the
   /// service. A second process of the same name and user empties the cache of the first, whose ads then fail

@@ -63,6 +63,7 @@ class NativeAdBinding;
 /// and says so on the console.
 class VANTORIUM_API NativeAdView : public Gtk::Box {
  public:
+  /// An empty box without outlets.
   explicit NativeAdView(Host& host, Gtk::Orientation orientation = Gtk::Orientation::VERTICAL,
                         int spacing = 0);
   /// For interface files, with `Gtk::Builder::get_widget_derived<NativeAdView>(builder, "ad", *host)`, where
@@ -83,9 +84,10 @@ class VANTORIUM_API NativeAdView : public Gtk::Box {
   /// The ad shown; null before the view was filled.
   std::shared_ptr<VantoriumNativeAd> nativeAd() const;
 
-  /// Play or pause the video, if there is one. With autoplay, and out of sight, it is decided anew within a
-  /// tenth of a second.
+  /// Plays the video, if there is one. With autoplay, and out of sight, it is decided anew within a tenth of
+  /// a second.
   void playVideo();
+  /// Pauses the video, likewise.
   void pauseVideo();
 
   /// Replaces the stars of the connected `ratingView` by pictures in these files (PNG, JPEG, GIF or WebP);

@@ -20,8 +20,11 @@ class Image;
 /// and marks it on the main thread only, when a view shows it. Use them there.
 class VANTORIUM_API VantoriumNativeAdAsset {
  public:
+  /// Of a picture, or of a video's picture.
   struct Size {
-    double width = 0, height = 0;
+    double width = 0;   ///< pixels
+    double height = 0;  ///< pixels
+    /// Whether both measures are the same.
     friend bool operator==(const Size&, const Size&) = default;
   };
 
@@ -53,29 +56,30 @@ class VANTORIUM_API VantoriumNativeAd {
   /// A record of the defaults shown here.
   VantoriumNativeAd() = default;
 
-  std::string adID;         ///< the service's name for the ad
-  std::string appName;      ///< of the advertised application
-  std::string storeAppID;   ///< of the advertised application in its store
-  std::string storeAppURL;  ///< its page in the store
-  double rating = 0;        ///< 0 to 5
-  std::int64_t reviewsCount = 0;
-  std::vector<std::string> categories;
-  std::string appDeveloper;
-  std::string appDescription;
-  std::string appIconURL;
+  std::string adID;                            ///< the service's name for the ad
+  std::string appName;                         ///< of the advertised application
+  std::string storeAppID;                      ///< of the advertised application in its store
+  std::string storeAppURL;                     ///< its page in the store
+  double rating = 0;                           ///< 0 to 5
+  std::int64_t reviewsCount = 0;               ///< how many have rated it
+  std::vector<std::string> categories;         ///< of its store
+  std::string appDeveloper;                    ///< who makes it
+  std::string appDescription;                  ///< what it is, in a sentence or more
+  std::string appIconURL;                      ///< where the service keeps its icon
   std::string trackingURL;                     ///< where a tap on the call to action leads
   std::optional<std::string> appIconFilePath;  ///< where precaching saved the icon; none if it did not
+  /// Pictures and videos, as the service orders them; none is null.
   std::vector<std::shared_ptr<VantoriumNativeAdAsset>> assets;
-  std::string privacyPolicyURL;
-  std::string privacyPolicyImageURL;
-  std::string callToActionText;
-  std::string impressionID;  ///< for the `reportNativeAd…` functions
+  std::string privacyPolicyURL;       ///< the advertiser's policy
+  std::string privacyPolicyImageURL;  ///< the mark that leads there
+  std::string callToActionText;       ///< for the button, "Install" for example
+  std::string impressionID;           ///< for the `reportNativeAd…` functions
   /// Set by the views when they report; an application that reports by itself may use them likewise.
   bool isImpressionReported = false;
-  bool isClickReported = false;
-  bool isVideoStartReported = false;
-  bool isVideoEndReported = false;
-  std::string placementID;  ///< the ad was fetched for
+  bool isClickReported = false;       ///< likewise
+  bool isVideoStartReported = false;  ///< likewise
+  bool isVideoEndReported = false;    ///< likewise
+  std::string placementID;            ///< the ad was fetched for
 
   /// The picture in the file at `appIconFilePath`; as `VantoriumNativeAdAsset::image`.
   const std::shared_ptr<const ui::Image>& appIconImage() const;

@@ -38,6 +38,7 @@ struct VANTORIUM_API VantoriumMediaViewOptions : VantoriumAdOptions {
 
 /// The application's own parameters for one showing or one click; they travel with click reports.
 struct VANTORIUM_API VantoriumServerParameter : VantoriumAdOptions {
+  /// By key; none sends nothing.
   std::optional<std::map<std::string, std::string>> parameters;
 };
 

@@ -44,6 +44,8 @@ struct DeveloperSettings {
 /// is ever thrown.
 class VANTORIUM_API Vantorium {
  public:
+  /// Told how a call ended. An `error` tells what failed; it stands beside success only where the call says
+  /// so.
   using Completion = std::function<void(bool success, std::optional<Error> error)>;
 
   /// Keys of the `parameters` given to `configure`.
@@ -74,8 +76,10 @@ class VANTORIUM_API Vantorium {
   /// and ignores its arguments.
   static void configure(const std::string& withAppID, const std::optional<Parameters>& parameters,
                         std::shared_ptr<DispatchQueue> queue, Completion completion);
+  /// The same, completing on the main queue.
   static void configure(const std::string& withAppID, const std::optional<Parameters>& parameters,
                         Completion completion);
+  /// The same, without parameters.
   static void configure(const std::string& withAppID, Completion completion);
 
   /// Fetches a campaign for the placement and puts its files on disk, unless one is ready already. The
@@ -86,6 +90,7 @@ class VANTORIUM_API Vantorium {
   /// the service's or the network's error otherwise.
   static void precacheCampaigns(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
                                 Completion completion);
+  /// The same, completing on the main queue.
   static void precacheCampaigns(const std::string& forPlacement, Completion completion);
 
   /// Whether a campaign of the placement is on disk and has not been shown. Quick; false before `configure`
@@ -96,6 +101,7 @@ class VANTORIUM_API Vantorium {
   /// tells that it could not be asked.
   static void canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
                       Completion completion);
+  /// The same, completing on the main queue.
   static void canView(const std::string& forPlacement, Completion completion);
 
   /// Shows a precached campaign over the application's front screen. Main thread. The completion is called on
@@ -108,6 +114,7 @@ class VANTORIUM_API Vantorium {
   /// the ad.
   static void showCampaign(const std::string& forPlacement,
                            std::optional<VantoriumServerParameter> serverParameter, Completion completion);
+  /// The same, without parameters.
   static void showCampaign(const std::string& forPlacement, Completion completion);
 
   /// Shows the service's offer wall, a live page on which the user picks an offer to earn by, over the
@@ -120,6 +127,7 @@ class VANTORIUM_API Vantorium {
   /// `noPrecachedDataToShow`; `notConfigured` too while no user is known, who comes with a `configure`.
   static void showOfferWall(const std::string& forPlacement,
                             std::optional<VantoriumServerParameter> serverParameter, Completion completion);
+  /// The same, without parameters.
   static void showOfferWall(const std::string& forPlacement, Completion completion);
 
   /// Asks the service for an offer, fills the popup's template with it and shows the page over the
@@ -135,16 +143,21 @@ class VANTORIUM_API Vantorium {
   static void showRewardablePopup(const std::string& forPlacement,
                                   std::optional<VantoriumServerParameter> serverParameter,
                                   Completion completion);
+  /// The same, without parameters.
   static void showRewardablePopup(const std::string& forPlacement, Completion completion);
 
   /// Fetches the template of rewardable popups, unless it is there already. Call it again only after its
   /// completion: of calls under way at the same time the last answer counts, a failure too.
   /// Fails with `notConfigured`, else with the service's or the network's error; it may be tried again then.
   static void precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, Completion completion);
+  /// The same, completing on the main queue.
   static void precacheRewardablePopupTemplate(Completion completion);
 
+  /// Ads as they were fetched; none is null.
   using NativeAds = std::vector<std::shared_ptr<VantoriumNativeAd>>;
+  /// Told how fetching ended: with ads, with an error, or with both.
   using NativeAdsCompletion = std::function<void(NativeAds ads, std::optional<Error> error)>;
+  /// Options of several kinds, in any order; of one kind the last counts.
   using AdOptions = std::vector<std::shared_ptr<VantoriumAdOptions>>;
 
   /// Fetches native ads for the placement and, unless the options say otherwise, puts their icons and media
@@ -161,9 +174,11 @@ class VANTORIUM_API Vantorium {
   static void precacheNativeAds(const std::string& forPlacement,
                                 std::shared_ptr<VantoriumNativeAdOptions> options,
                                 std::shared_ptr<DispatchQueue> queue, NativeAdsCompletion completion);
+  /// The same, completing on the main queue.
   static void precacheNativeAds(const std::string& forPlacement,
                                 std::shared_ptr<VantoriumNativeAdOptions> options,
                                 NativeAdsCompletion completion);
+  /// The same, with fresh options.
   static void precacheNativeAds(const std::string& forPlacement, NativeAdsCompletion completion);
 
   /// Puts the ad into the view's outlets, in place of the one that was there, and reports its impression once
@@ -176,6 +191,7 @@ class VANTORIUM_API Vantorium {
   static void populateNativeAdView(const std::shared_ptr<VantoriumNativeAdView>& view,
                                    const std::shared_ptr<VantoriumNativeAd>& with, const AdOptions& options,
                                    Completion completion);
+  /// The same, with the options that the view has.
   static void populateNativeAdView(const std::shared_ptr<VantoriumNativeAdView>& view,
                                    const std::shared_ptr<VantoriumNativeAd>& with, Completion completion);
 
@@ -186,7 +202,9 @@ class VANTORIUM_API Vantorium {
   /// The user followed the ad. The parameters travel with the report.
   static void reportNativeAdClick(const std::string& impressionID,
                                   const std::optional<VantoriumServerParameter>& serverParameter);
+  /// The video, or the picture in its place, was seen.
   static void reportNativeAdVideoStarted(const std::string& impressionID);
+  /// The video was seen to its end.
   static void reportNativeAdVideoEnded(const std::string& impressionID);
 
   /// What the SDK's own hourly timer calls when the service had nothing to precache: tries the placements
@@ -199,20 +217,24 @@ class VANTORIUM_API Vantorium {
   /// Whether an init exchange has succeeded. The application may write it: set to false, the next `configure`
   /// runs a new exchange.
   static bool isConfigured();
+  /// See `isConfigured`.
   static void setIsConfigured(bool value);
   /// Whether an init exchange is under way.
   static bool isConfiguring();
+  /// See `isConfiguring`. While true, `configure` is refused.
   static void setIsConfiguring(bool value);
   /// Whether a full-screen ad is being prepared or shown.
   static bool isShowingAds();
+  /// See `isShowingAds`. While true, full-screen ads are refused.
   static void setIsShowingAds(bool value);
   /// Whether interstitial and rewarded placements are kept precached; true at first.
   static bool autoCaching();
+  /// See `autoCaching`. Set it before `configure`, which is when precaching begins.
   static void setAutoCaching(bool value);
 
-  /// Who hears of configuration, precaching, clicks and rewards. Held weakly: keep your own reference. Set it
-  /// after `setHost`; without a host nothing is kept.
+  /// Who hears of configuration, precaching, clicks and rewards; null for nobody.
   static std::shared_ptr<VantoriumDelegate> delegate();
+  /// Held weakly: keep your own reference. Set it after `setHost`; without a host nothing is kept.
   static void setDelegate(std::weak_ptr<VantoriumDelegate> delegate);
 };
 
