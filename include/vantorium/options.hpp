@@ -17,7 +17,7 @@ struct VANTORIUM_API VantoriumAdOptions {
 
 /// How native ads are precached.
 struct VANTORIUM_API VantoriumNativeAdOptions : VantoriumAdOptions {
-  /// Download the ads' images and videos too, not only their icons.
+  /// Download the ads' icons, images and videos ahead. Without this they are loaded when they are shown.
   bool shouldDownloadAssets = true;
   /// How many ads to ask the service for. More than five is brought down to five, in this object too.
   int numberOfAdsToPrecache = 1;
