@@ -1,0 +1,66 @@
+"""Compiles the C and C++ samples of the documentation, without keeping anything. One that has a main stands for itself.
+Pieces are put into functions, all of one file, whose parameters are what the guides take for granted."""
+import os
+import re
+import subprocess
+import sys
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+SAMPLE = re.compile(r"^```(cpp|c)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+INCLUDE = re.compile(r"^#include .*$", re.MULTILINE)
+PIECES = """
+#include <gtkmm.h>
+#include <iostream>
+#include <vantorium/gtk.hpp>
+#include <vantorium/gtk_native_ads.hpp>
+#include <vantorium/vantorium.hpp>
+using vantorium::Vantorium;
+"""
+GRANTED = """[[maybe_unused]] std::shared_ptr<vantorium::Host> host,
+ [[maybe_unused]] std::shared_ptr<vantorium::VantoriumNativeAd> ad,
+ [[maybe_unused]] std::shared_ptr<vantorium::VantoriumNativeAdView> view, [[maybe_unused]] Gtk::Box& feed"""
+COMPILERS = {"cpp": ["g++", "-std=c++20", "-x", "c++"], "c": ["gcc", "-std=c11", "-x", "c"]}
+
+
+def samples_of(root):
+    for file in [root / "README.md", *sorted((root / "docs").rglob("*.md"))]:
+        content = file.read_text()
+        for sample in SAMPLE.finditer(content):
+            line = content.count("\n", 0, sample.start(2)) + 1
+            yield sample.group(1), sample.group(2), f'#line {line} "{file.relative_to(root)}"\n'
+
+
+def sources_of(samples):
+    """What is to be compiled, each with its language."""
+    pieces = PIECES
+    for number, (language, text, place) in enumerate(samples):
+        if language == "c" or re.search(r"\bmain\s*\(", text):
+            yield language, place + text
+        else:
+            pieces += "\n".join(INCLUDE.findall(text)) + f"\nvoid piece{number}({GRANTED}) {{\n{place}{INCLUDE.sub('', text)}}}\n"
+    yield "cpp", pieces
+
+
+def complaints(root, flags, language, source):
+    command = [*COMPILERS[language], "-fsyntax-only", "-Wall", "-Wextra", "-Werror", f"-I{root}/include", *flags, "-"]
+    result = subprocess.run(command, input=source, capture_output=True, text=True, check=False)
+    if result.returncode == 0:
+        return []
+    return [line for line in result.stderr.splitlines() if re.search("error:|required from here", line)]
+
+
+def main():
+    root = Path(sys.argv[1])
+    flags = subprocess.run(["pkg-config", "--cflags", "gtkmm-4.0"], check=True, capture_output=True, text=True).stdout
+    flags = [flag.replace("-I", "-isystem", 1) for flag in flags.split()]
+    samples = list(samples_of(root))
+    with ThreadPoolExecutor(os.cpu_count()) as workers:
+        results = workers.map(lambda each: complaints(root, flags, *each), sources_of(samples))
+        wrong = [line for result in results for line in result]
+    print("\n".join(wrong), end="\n" if wrong else "", file=sys.stderr)
+    print(f"docs: {len(samples)} samples compiled, {len(wrong)} complaints")
+    return 1 if wrong or not samples else 0
+
+
+sys.exit(main())
