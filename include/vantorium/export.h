@@ -1,12 +1,11 @@
 #ifndef VANTORIUM_EXPORT_H
 #define VANTORIUM_EXPORT_H
 
-/** VANTORIUM_API marks what applications may use. The libraries are built with everything else hidden.
- *
- *  VANTORIUM_HOST_API marks what hosts use besides that. It changes from release to release without notice:
- *  a host is built with the very version of the SDK that it runs with. */
 #if defined(__GNUC__)
+/** Marks what applications may use. The libraries are built with everything else hidden. */
 #define VANTORIUM_API __attribute__((visibility("default")))
+/** Marks what hosts use besides that. It changes from release to release without notice: a host is built
+ *  with the very version of the SDK that it runs with. */
 #define VANTORIUM_HOST_API __attribute__((visibility("default")))
 #else
 #define VANTORIUM_API

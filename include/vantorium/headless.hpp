@@ -27,6 +27,7 @@ class VantoriumNativeAdView;
 /// something that cannot be done change nothing and return why.
 namespace headless {
 
+/// Where a host keeps things, and how its time goes.
 struct HostOptions {
   /// Folder of settings and caches, made when needed. Two hosts with the same home, one after the other, are
   /// two launches of one installation.

@@ -21,13 +21,17 @@ HEADERS = "include/vantorium/"
 SCRIPTS = "examples/scripts/"
 # Headers in the order in which one needs them; those not named follow.
 ORDER = ["vantorium.hpp", "delegate.hpp", "error.hpp", "options.hpp", "parameters.hpp", "native_ad.hpp",
-         "dispatch_queue.hpp", "gtk.hpp", "gtk_native_ads.hpp", "headless.hpp", "vantorium.h"]
+         "dispatch_queue.hpp", "gtk.hpp", "gtk_native_ads.hpp", "headless.hpp", "vantorium.h", "c/types.h", "c/error.h",
+         "c/options.h", "c/delegate.h", "c/queue.h", "c/native_ad.h", "gtk.h", "headless.h"]
+
+MEMBERS = "   :members:\n   :undoc-members:\n"
+OPTIONS = {"class": MEMBERS, "struct": MEMBERS, "union": MEMBERS, "file": "   :sections: detaileddescription\n"}
 
 LINK = re.compile(r"(!?)\[((?:[^\[\]]|\[[^\]]*\])*)\]\(([^)\s]+)\)")
 
 
 def page_of(header):
-    return "api/" + header.replace(".", "-").replace("_", "-") + ".rst"
+    return "api/" + re.sub(r"[/._]", "-", header) + ".rst"
 
 
 def site_path(path):
@@ -85,6 +89,8 @@ def declarations(name, doxygen):
     for file in doxygen.glob("*.xml"):
         for compound in ElementTree.parse(file).getroot().findall("compounddef"):
             kind, title = compound.get("kind"), compound.findtext("compoundname")
+            if kind == "file" and "".join(compound.find("detaileddescription").itertext()).strip():
+                found.append((compound, kind, compound.find("location").get("file"), ""))
             if kind in ("class", "struct", "union"):
                 found.append((compound, kind, title, title))
             for member in compound.iter("memberdef") if kind in ("namespace", "file") else ():
@@ -92,19 +98,22 @@ def declarations(name, doxygen):
                               member.findtext("argsstring") or ""))
     rows = {}
     inside = [title for _, kind, title, _ in found if kind in ("class", "struct", "union")]
+    named = inside + [title for _, kind, title, _ in found if kind == "enum"]
     for element, kind, title, rest in found:
         place = element.find("location")
-        if place is None or Path(place.get("file")).name != name or title.rpartition("::")[0] in inside:
+        if kind == "typedef" and title in named:
+            continue  # C's second name of it
+        if place is None or place.get("file") != HEADERS + name or title.rpartition("::")[0] in inside:
             continue
         title += re.sub(r"\)[^)]*$", ")", rest) if kind == "function" else ""
-        options = "   :members:\n   :undoc-members:\n" if kind in ("class", "struct", "union") else ""
-        rows[int(place.get("line"))] = f".. doxygen{kind}:: {title}\n{options}"
+        options = OPTIONS.get(kind, "")
+        rows[int(place.get("line", 0))] = f".. doxygen{kind}:: {title}\n{options}"
     return [row for _, row in sorted(rows.items())]
 
 
 def write_headers(root, doxygen, out):
     """A page for each public header, filled by what Doxygen has read, and a list of them."""
-    names = [file.name for file in (root / HEADERS).iterdir() if file.suffix in (".hpp", ".h")]
+    names = [file.relative_to(root / HEADERS).as_posix() for file in (root / HEADERS).rglob("*.h*")]
     names.sort(key=lambda name: (ORDER.index(name) if name in ORDER else len(ORDER), name))
     for name in names:
         text = f"{name}\n{'=' * len(name)}\n\n.. code-block:: cpp\n\n   #include <vantorium/{name}>\n\n"
