@@ -58,7 +58,7 @@ def main():
     for name in filter(None, listed.split("\0")):
         file = root / name
         for number, line in prose(file) if file.exists() else ():
-            for target in LINK.findall(line) + PICTURE.findall(line):
+            for target in sorted({*LINK.findall(line), *PICTURE.findall(line)}):
                 checked += 1
                 problem = flaw(target, file)
                 if problem:
