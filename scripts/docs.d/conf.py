@@ -23,7 +23,7 @@ cpp_maximum_signature_line_length = 90
 # What scripts say and print has lines that are no JSON by themselves.
 highlight_language = "none"
 pygments_style = "friendly"
-pygments_dark_style = "monokai"
+pygments_dark_style = "native"
 
 html_theme = "furo"
 html_title = f"Vantorium {version}"
