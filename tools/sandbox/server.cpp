@@ -63,7 +63,7 @@ void send(const Answer& answer, httplib::Response& response) {
 struct Server::Impl {
   explicit Impl(Options given)
       : options(std::move(given)),
-        catalogue(options.catalogue.empty() ? VANTORIUM_SANDBOX_CATALOGUE : options.catalogue),
+        catalogue(options.catalogue.empty() ? defaultCatalogue() : options.catalogue),
         journal(options.log, options.onRecord),
         listener([this](const auto& request, auto& response, Connection& connection) {
           serve(request, response, connection);

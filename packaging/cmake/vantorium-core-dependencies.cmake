@@ -1,0 +1,13 @@
+# What the core's archive is linked with; the shared library brings its own.
+if(_vantorium_kind STREQUAL "static")
+  find_dependency(Threads)
+  find_dependency(CURL)
+  find_dependency(ZLIB)
+  find_dependency(fmt)
+  find_dependency(ICU COMPONENTS i18n uc)
+  find_dependency(PkgConfig)
+  pkg_check_modules(VANTORIUM_MINIZIP QUIET IMPORTED_TARGET minizip)
+  if(NOT VANTORIUM_MINIZIP_FOUND)
+    _vantorium_fail("Vantorium's archive needs minizip, which pkg-config does not find: install its development files, or link the shared library.")
+  endif()
+endif()
