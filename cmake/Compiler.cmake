@@ -22,6 +22,10 @@ if(VANTORIUM_FUZZ)
 endif()
 
 function(vantorium_target name)
+  # What ships reads what strangers send.
+  target_compile_options(${name} PRIVATE
+    "$<$<CONFIG:Release>:-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  target_link_options(${name} PRIVATE "$<$<CONFIG:Release>:-Wl,-z,relro,-z,now>")
   target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual)
   if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
     target_compile_options(${name} PRIVATE -Wthread-safety)

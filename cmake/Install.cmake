@@ -58,6 +58,8 @@ install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
 
 if(VANTORIUM_TOOLS)
   install(TARGETS vantorium-drive vantorium-sandbox RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vantorium-tools)
+  install(FILES packaging/man/vantorium-drive.1 packaging/man/vantorium-sandbox.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT vantorium-tools)
   install(DIRECTORY tools/sandbox/catalogue/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vantorium/sandbox
     COMPONENT vantorium-tools
     PATTERN "*.py" EXCLUDE PATTERN .gitignore EXCLUDE PATTERN art EXCLUDE PATTERN playable-src EXCLUDE)

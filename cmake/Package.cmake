@@ -9,6 +9,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_COMPONENTS_ALL libvantorium libvantorium-dev)
+set(CPACK_VANTORIUM_BUILD ${PROJECT_BINARY_DIR})
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian/documents.cmake)
 string(TIMESTAMP VANTORIUM_BUILD_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)  # SOURCE_DATE_EPOCH, when it is set
 configure_file(packaging/debian/changelog.in ${PROJECT_BINARY_DIR}/packaging/debian-changelog @ONLY)

@@ -1,4 +1,4 @@
-"""Conan 2 recipe: `conan create .` builds and tests the package.
+"""Conan 2 recipe: `conan create packaging/conan` builds and tests the package.
 
 The GTK host is built with the system's gtkmm, WebKitGTK and libpulse, for Conan has no WebKitGTK."""
 import os
@@ -20,12 +20,19 @@ class VantoriumConan(ConanFile):
     settings = "os", "arch", "compiler", "build_type"
     options = {"shared": [True, False], "gtk": [True, False]}
     default_options = {"shared": True, "gtk": False}
-    exports_sources = ("CMakeLists.txt", "LICENSE", "cmake/*", "packaging/*", "include/*", "src/*", "bindings/*",
-                       "hosts/*", "resources/*", "examples/*")
+
+    @property
+    def _tree(self):
+        return os.path.join(self.recipe_folder, "..", "..")
 
     def set_version(self):
-        project = load(self, os.path.join(self.recipe_folder, "CMakeLists.txt"))
+        project = load(self, os.path.join(self._tree, "CMakeLists.txt"))
         self.version = re.search(r"project\(vantorium VERSION ([0-9.]+)", project).group(1)
+
+    def export_sources(self):
+        for pattern in ("CMakeLists.txt", "LICENSE", "cmake/*", "packaging/*", "include/*", "src/*", "bindings/*",
+                        "hosts/*", "resources/*", "examples/*"):
+            copy(self, pattern, self._tree, self.export_sources_folder)
 
     def validate(self):
         check_min_cppstd(self, 20)
