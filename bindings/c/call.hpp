@@ -6,11 +6,12 @@
 
 namespace vantorium::c {
 
-/// Makes it the last error of this thread.
+/// Makes it the last error of this thread; forgets the one before when there is no memory for it.
 VANTORIUM_HOST_API void note(const Error& error) noexcept;
+VANTORIUM_HOST_API void note(const char* what) noexcept;
 
 /// Runs the body of a function of the C API and returns what it returns; or, when it refuses or anything else
-/// is thrown, notes that and returns `failure`. The one door through which every function goes.
+/// is thrown, notes that and returns `failure`. The one door for every function that could throw.
 template <typename Result, typename Body>
 Result call(Result failure, Body body) noexcept {
   try {
@@ -18,7 +19,9 @@ Result call(Result failure, Body body) noexcept {
   } catch (const Refusal& refusal) {
     note(refusal.error);
   } catch (const std::exception& exception) {
-    note(VantoriumError::internalError(exception.what()));
+    note(exception.what());
+  } catch (...) {
+    note("A callback has thrown. Callbacks of the C API must not.");
   }
   return failure;
 }

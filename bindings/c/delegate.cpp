@@ -58,6 +58,9 @@ class ApplicationDelegate final : public VantoriumDelegate {
   UserData data_;
 };
 
+/// Programs of other versions have fewer methods, or more; none has half a one.
+std::size_t wholePointers(std::size_t size) { return size - size % sizeof(void*); }
+
 }  // namespace
 
 vantorium_delegate* handleOf(std::shared_ptr<VantoriumDelegate> delegate) {
@@ -76,7 +79,7 @@ vantorium_delegate* vantorium_delegate_new(const vantorium_delegate_methods* met
   return call<vantorium_delegate*>(nullptr, [&] {
     vantorium_delegate_methods known{};
     if (methods != nullptr)
-      std::memcpy(&known, methods, std::min(methods->size, sizeof known));  // later versions may have more
+      std::memcpy(&known, methods, wholePointers(std::min(methods->size, sizeof known)));
     auto delegate = std::make_shared<ApplicationDelegate>(known, user_data, free_user_data);
     if (methods == nullptr) refuse("\"methods\" is null. Give the delegate's methods.");
     if (known.size < sizeof known.size)

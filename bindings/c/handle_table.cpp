@@ -1,5 +1,6 @@
 #include "bindings/c/handle_table.hpp"
 
+#include <algorithm>
 #include <utility>
 
 namespace vantorium::c {
@@ -24,11 +25,20 @@ void* HandleTable::add(Entry entry) {
   return reinterpret_cast<void*>(handle);  // NOLINT(performance-no-int-to-ptr): never followed
 }
 
-std::optional<HandleTable::Entry> HandleTable::find(const void* handle) const {
-  const MutexLock lock(mutex_);
+HandleTable::Found HandleTable::findLocked(const void* handle, Kinds kinds) const {
   const auto found = entries_.find(number(handle));
-  if (found == entries_.end()) return std::nullopt;
-  return found->second.entry;
+  if (found == entries_.end()) return {.outcome = Outcome::noHandle};
+  const Entry& entry = found->second.entry;
+  if (std::find(kinds.begin(), kinds.end(), entry.kind) == kinds.end())
+    return {.outcome = Outcome::otherKind, .kind = entry.kind};
+  if (entry.user && *entry.user != std::this_thread::get_id())
+    return {.outcome = Outcome::otherThread, .kind = entry.kind};
+  return {.outcome = Outcome::found, .kind = entry.kind, .object = entry.object, .user = entry.user};
+}
+
+HandleTable::Found HandleTable::find(const void* handle, Kinds kinds) const {
+  const MutexLock lock(mutex_);
+  return findLocked(handle, kinds);
 }
 
 bool HandleTable::retain(const void* handle) {
@@ -39,35 +49,27 @@ bool HandleTable::retain(const void* handle) {
   return true;
 }
 
-HandleTable::Release HandleTable::release(const void* handle) {
+HandleTable::Outcome HandleTable::release(const void* handle) {
   std::shared_ptr<void> last;  // goes after the lock
   const MutexLock lock(mutex_);
   const auto found = entries_.find(number(handle));
-  if (found == entries_.end()) return Release::noHandle;
+  if (found == entries_.end()) return Outcome::noHandle;
   Counted& counted = found->second;
-  if (counted.references == 1) {
-    if (counted.entry.owner && *counted.entry.owner != std::this_thread::get_id())
-      return Release::wrongThread;
-    last = std::move(counted.entry.object);
-    entries_.erase(found);
-  } else {
+  if (counted.references > 1) {
     --counted.references;
+    return Outcome::found;
   }
-  return Release::done;
-}
-
-std::optional<HandleTable::Entry> HandleTable::take(const void* handle, Kind kind) {
-  const MutexLock lock(mutex_);
-  const auto found = entries_.find(number(handle));
-  if (found == entries_.end() || found->second.entry.kind != kind) return std::nullopt;
-  Entry entry = std::move(found->second.entry);
+  if (counted.entry.owner && *counted.entry.owner != std::this_thread::get_id()) return Outcome::otherThread;
+  last = std::move(counted.entry.object);
   entries_.erase(found);
-  return entry;
+  return Outcome::found;
 }
 
-std::size_t HandleTable::size() const {
+HandleTable::Found HandleTable::take(const void* handle, Kinds kinds) {
   const MutexLock lock(mutex_);
-  return entries_.size();
+  auto found = findLocked(handle, kinds);
+  if (found.outcome == Outcome::found) entries_.erase(number(handle));  // `found` holds the object on
+  return found;
 }
 
 }  // namespace vantorium::c

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -45,26 +46,34 @@ class VANTORIUM_HOST_API HandleTable {
     /// The one thread that may give the last reference up; any when none.
     std::optional<std::thread::id> owner = {};
   };
+  enum class Outcome { found, noHandle, otherKind, otherThread };
+  struct Found {
+    Outcome outcome;
+    Kind kind{};                               ///< of what the handle stands for, if it is one
+    std::shared_ptr<void> object = {};         ///< when found
+    std::optional<std::thread::id> user = {};  ///< its one user
+  };
+  using Kinds = std::initializer_list<Kind>;
 
   /// A handle with one reference.
   void* add(Entry entry) EXCLUDES(mutex_);
-  /// What the handle stands for; none when it is no handle.
-  std::optional<Entry> find(const void* handle) const EXCLUDES(mutex_);
+  /// What the handle stands for, if that is of one of the kinds and of use on this thread. Who may not have
+  /// it does not touch it: a reference taken for a moment could turn out to be the last.
+  Found find(const void* handle, Kinds kinds) const EXCLUDES(mutex_);
   /// False when it is no handle.
   bool retain(const void* handle) EXCLUDES(mutex_);
-  enum class Release { done, noHandle, wrongThread };
-  Release release(const void* handle) EXCLUDES(mutex_);
-  /// Ends the handle whatever its references and gives what it stood for; none when it is no handle of the
-  /// kind.
-  std::optional<Entry> take(const void* handle, Kind kind) EXCLUDES(mutex_);
-  /// How many handles there are.
-  std::size_t size() const EXCLUDES(mutex_);
+  /// Gives a reference up.
+  Outcome release(const void* handle) EXCLUDES(mutex_);
+  /// Finds and ends the handle, whatever its references.
+  Found take(const void* handle, Kinds kinds) EXCLUDES(mutex_);
 
  private:
   struct Counted {
     Entry entry;
     std::size_t references = 1;
   };
+  Found findLocked(const void* handle, Kinds kinds) const REQUIRES(mutex_);
+
   mutable Mutex mutex_;
   std::uintptr_t last_ GUARDED_BY(mutex_) = 0;
   std::unordered_map<std::uintptr_t, Counted> entries_ GUARDED_BY(mutex_);

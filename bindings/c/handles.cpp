@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <vector>
+
 #include "platform/foundation/files.hpp"
 
 namespace vantorium::c {
@@ -38,27 +40,47 @@ const char* nameOf(Kind kind) {
   return "object";
 }
 
+HandleTable::Found checked(HandleTable::Found found, const void* handle, HandleTable::Kinds kinds,
+                           const char* argument) {
+  using Outcome = HandleTable::Outcome;
+  const char* const wanted = nameOf(*kinds.begin());
+  if (handle == nullptr) refuse(fmt::format("\"{}\" is null. Give a handle of a {}.", argument, wanted));
+  switch (found.outcome) {
+    case Outcome::found:
+      return found;
+    case Outcome::noHandle:
+      refuse(fmt::format("\"{}\" is no handle, or one that was given up. Give a handle of a {}.", argument,
+                         wanted));
+    case Outcome::otherKind:
+      refuse(
+          fmt::format("\"{}\" is a handle of a {}. Give one of a {}.", argument, nameOf(found.kind), wanted));
+    case Outcome::otherThread:
+      break;
+  }
+  refuse(fmt::format("\"{}\" is of use on one thread only, the main thread for most. Call this there.",
+                     argument));
+}
+
 }  // namespace
 
 void refuse(const std::string& text) { throw Refusal{VantoriumError::internalError(text)}; }
 
-HandleTable::Entry entryOf(const void* handle, Kind kind, const char* argument) {
-  if (handle == nullptr)
-    refuse(fmt::format("\"{}\" is null. Give a handle of a {}.", argument, nameOf(kind)));
-  auto entry = HandleTable::shared().find(handle);
-  if (!entry) {
-    refuse(fmt::format("\"{}\" is no handle, or one that was given up. Give a handle of a {}.", argument,
-                       nameOf(kind)));
+HandleTable::Found found(const void* handle, HandleTable::Kinds kinds, const char* argument) {
+  return checked(HandleTable::shared().find(handle, kinds), handle, kinds, argument);
+}
+
+HandleTable::Found taken(const void* handle, HandleTable::Kinds kinds, const char* argument) {
+  return checked(HandleTable::shared().take(handle, kinds), handle, kinds, argument);
+}
+
+vantorium_host* giveHost(std::shared_ptr<Host> host) {
+  static auto* const mutex = new Mutex;
+  static auto* const hosts = new std::vector<std::shared_ptr<Host>>;
+  {
+    const MutexLock lock(*mutex);
+    hosts->push_back(host);
   }
-  if (entry->kind != kind) {
-    refuse(fmt::format("\"{}\" is a handle of a {}. Give one of a {}.", argument, nameOf(entry->kind),
-                       nameOf(kind)));
-  }
-  if (entry->user && *entry->user != std::this_thread::get_id()) {
-    refuse(fmt::format("\"{}\" is of use on one thread only, the main thread for most. Call this there.",
-                       argument));
-  }
-  return *std::move(entry);
+  return giveToThisThread<vantorium_host>(std::move(host));
 }
 
 std::string text(const char* given, const char* argument) {

@@ -62,14 +62,18 @@ struct Handled<vantorium_native_ad_asset> : As<VantoriumNativeAdAsset, Kind::nat
 template <>
 struct Handled<vantorium_native_ad_view> : As<VantoriumNativeAdView, Kind::nativeAdView> {};
 
-/// The entry of a handle of this kind that may be used on this thread; refuses, naming the argument, what is
-/// none.
-VANTORIUM_HOST_API HandleTable::Entry entryOf(const void* handle, Kind kind, const char* argument);
+/// What a handle of one of these kinds stands for; refuses, naming the argument, what is none or is of no use
+/// on this thread.
+VANTORIUM_HOST_API HandleTable::Found found(const void* handle, HandleTable::Kinds kinds,
+                                            const char* argument);
+/// Likewise, and the handle ends.
+VANTORIUM_HOST_API HandleTable::Found taken(const void* handle, HandleTable::Kinds kinds,
+                                            const char* argument);
 
 template <typename Handle>
 std::shared_ptr<typename Handled<Handle>::Object> object(Handle* handle, const char* argument) {
   return std::static_pointer_cast<typename Handled<Handle>::Object>(
-      entryOf(handle, Handled<Handle>::kind, argument).object);
+      found(handle, {Handled<Handle>::kind}, argument).object);
 }
 
 /// Likewise, and null for null.
@@ -94,6 +98,9 @@ Handle* giveToThisThread(std::shared_ptr<typename Handled<Handle>::Object> given
   const auto self = std::this_thread::get_id();
   return give<Handle>(std::move(given), self, self);
 }
+
+/// A host's handle. The host itself stays until the process ends, for views and the SDK refer to it.
+VANTORIUM_HOST_API vantorium_host* giveHost(std::shared_ptr<Host> host);
 
 /// A handle that ends with the scope, unless the application keeps it.
 template <typename Handle>

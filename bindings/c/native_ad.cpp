@@ -143,20 +143,28 @@ bool vantorium_native_ad_add_category(vantorium_native_ad* ad, const char* categ
   return set(ad, [&](Ad& record) { record.categories.push_back(text(category, "category")); });
 }
 
+bool vantorium_native_ad_remove_categories(vantorium_native_ad* ad) {
+  return set(ad, [](Ad& record) { record.categories.clear(); });
+}
+
 size_t vantorium_native_ad_assets_count(vantorium_native_ad* ad) {
   return get(ad, std::size_t{0}, [](const Ad& record) { return record.assets.size(); });
 }
 
 vantorium_native_ad_asset* vantorium_native_ad_get_asset_at(vantorium_native_ad* ad, size_t index) {
   return call<vantorium_native_ad_asset*>(nullptr, [&] {
-    const auto entry = entryOf(ad, Kind::nativeAd, "ad");
-    const auto record = std::static_pointer_cast<Ad>(entry.object);
-    return give<vantorium_native_ad_asset>(at(record->assets, index), entry.user);
+    const auto of = found(ad, {Kind::nativeAd}, "ad");
+    return give<vantorium_native_ad_asset>(at(std::static_pointer_cast<Ad>(of.object)->assets, index),
+                                           of.user);
   });
 }
 
 bool vantorium_native_ad_add_asset(vantorium_native_ad* ad, vantorium_native_ad_asset* asset) {
   return set(ad, [&](Ad& record) { record.assets.push_back(object(asset, "asset")); });
+}
+
+bool vantorium_native_ad_remove_assets(vantorium_native_ad* ad) {
+  return set(ad, [](Ad& record) { record.assets.clear(); });
 }
 
 bool vantorium_native_ad_is_reported(vantorium_native_ad* ad, vantorium_native_ad_mark mark) {

@@ -1,5 +1,6 @@
 // What the application fills in: parameters and option objects.
 #include <chrono>
+#include <iterator>
 
 #include "bindings/c/call.hpp"
 
@@ -136,6 +137,22 @@ const char* vantorium_server_parameter_get(vantorium_server_parameter* parameter
     if (!parameters) return nullptr;
     const auto found = parameters->find(name);
     return found == parameters->end() ? nullptr : found->second.c_str();
+  });
+}
+
+size_t vantorium_server_parameter_count(vantorium_server_parameter* parameter) {
+  return call(std::size_t{0}, [&] {
+    const auto& parameters = object(parameter, "parameter")->parameters;
+    return parameters ? parameters->size() : 0;
+  });
+}
+
+const char* vantorium_server_parameter_key_at(vantorium_server_parameter* parameter, size_t index) {
+  return call<const char*>(nullptr, [&] {
+    const auto& parameters = object(parameter, "parameter")->parameters;
+    if (!parameters || index >= parameters->size())
+      refuse("\"index\" is too large. Give one below the count.");
+    return std::next(parameters->begin(), static_cast<std::ptrdiff_t>(index))->first.c_str();
   });
 }
 

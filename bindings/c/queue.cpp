@@ -42,12 +42,7 @@ vantorium_queue* vantorium_queue_new(vantorium_queue_handler async, void* user_d
 }
 
 bool vantorium_work_run(vantorium_work* work) {
-  return perform([&] {
-    entryOf(work, Kind::work, "work");
-    const auto taken = HandleTable::shared().take(work, Kind::work);
-    if (!taken) refuse("\"work\" was run or dropped by another thread.");
-    (*std::static_pointer_cast<Work>(taken->object))();
-  });
+  return perform([&] { (*std::static_pointer_cast<Work>(taken(work, {Kind::work}, "work").object))(); });
 }
 
 bool vantorium_queue_async(vantorium_queue* queue, vantorium_callback work, void* user_data,

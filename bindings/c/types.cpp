@@ -10,10 +10,15 @@ namespace vantorium::c {
 
 namespace {
 
+thread_local bool isOver = false;  ///< needs no destruction, so it can be asked at any time
+
 /// The last error of a thread, with the handle that stands for it.
 class LastError {
  public:
-  ~LastError() { clear(); }
+  ~LastError() {
+    clear();
+    isOver = true;
+  }
   void set(const Error& error) {
     auto* const handle = give<vantorium_error>(std::make_shared<Error>(error));
     clear();
@@ -28,9 +33,11 @@ class LastError {
   vantorium_error* handle_ = nullptr;
 };
 
-LastError& lastError() {
+/// Null at the very end of a thread, when others of its destructors still run.
+LastError* lastError() {
+  if (isOver) return nullptr;
   thread_local LastError last;
-  return last;
+  return &last;
 }
 
 /// A property of the error; null for what is none.
@@ -42,10 +49,20 @@ const char* textOf(vantorium_error* error, Property property) {
 }  // namespace
 
 void note(const Error& error) noexcept {
+  auto* const last = lastError();
+  if (last == nullptr) return;
   try {
-    lastError().set(error);
-  } catch (const std::exception&) {
-    lastError().clear();  // there was no memory for it
+    last->set(error);
+  } catch (...) {
+    last->clear();  // there was no memory for it
+  }
+}
+
+void note(const char* what) noexcept {
+  try {
+    note(VantoriumError::internalError(what));
+  } catch (...) {
+    if (auto* const last = lastError()) last->clear();
   }
 }
 
@@ -68,12 +85,12 @@ bool vantorium_release(void* handle) {
   return perform([&] {
     if (handle == nullptr) return;
     switch (HandleTable::shared().release(handle)) {
-      case HandleTable::Release::done:
-        return;
-      case HandleTable::Release::noHandle:
-        refuse("What is to be given up is no handle, or was given up before.");
-      case HandleTable::Release::wrongThread:
+      case HandleTable::Outcome::otherThread:
         refuse("Hosts and views are given up on the thread that made them.");
+      case HandleTable::Outcome::noHandle:
+        refuse("What is to be given up is no handle, or was given up before.");
+      default:
+        return;
     }
   });
 }
@@ -92,6 +109,11 @@ const char* vantorium_error_text(vantorium_error* error) {
 
 const char* vantorium_error_message(vantorium_error* error) { return textOf(error, &Error::errorMessage); }
 
-vantorium_error* vantorium_last_error(void) { return lastError().get(); }
+vantorium_error* vantorium_last_error(void) {
+  const auto* const last = lastError();
+  return last == nullptr ? nullptr : last->get();
+}
 
-void vantorium_clear_last_error(void) { lastError().clear(); }
+void vantorium_clear_last_error(void) {
+  if (auto* const last = lastError()) last->clear();
+}

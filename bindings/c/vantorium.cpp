@@ -18,20 +18,16 @@ std::optional<VantoriumServerParameter> copyIfAny(vantorium_server_parameter* pa
 }
 
 std::shared_ptr<VantoriumAdOptions> anyOptions(vantorium_ad_options* options) {
-  const auto entry = HandleTable::shared().find(options);
-  if (entry) {
-    switch (entry->kind) {
-      case Kind::nativeAdOptions:
-        return std::static_pointer_cast<VantoriumNativeAdOptions>(entry->object);
-      case Kind::mediaViewOptions:
-        return std::static_pointer_cast<VantoriumMediaViewOptions>(entry->object);
-      case Kind::serverParameter:
-        return std::static_pointer_cast<VantoriumServerParameter>(entry->object);
-      default:
-        break;
-    }
+  const auto of = found(options, {Kind::mediaViewOptions, Kind::serverParameter, Kind::nativeAdOptions},
+                        "one of options");
+  switch (of.kind) {
+    case Kind::mediaViewOptions:
+      return std::static_pointer_cast<VantoriumMediaViewOptions>(of.object);
+    case Kind::serverParameter:
+      return std::static_pointer_cast<VantoriumServerParameter>(of.object);
+    default:
+      return std::static_pointer_cast<VantoriumNativeAdOptions>(of.object);
   }
-  refuse("One of \"options\" is no handle of an option object, or one that was given up.");
 }
 
 Vantorium::AdOptions allOptions(vantorium_ad_options* const* options, std::size_t count) {

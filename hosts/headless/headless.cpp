@@ -1,4 +1,6 @@
 // What applications see of the headless host.
+#include <algorithm>
+
 #include <vantorium/headless.hpp>
 
 #include "hosts/headless/headless_host.hpp"
@@ -27,6 +29,8 @@ std::optional<Error> on(vantorium::Host& host, Act act) {
   return errorOf(act(*scripted));
 }
 
+std::string textOf(const json& value) { return value.dump(-1, ' ', false, json::error_handler_t::replace); }
+
 const char* nameOf(VideoEnd end) {
   switch (end) {
     case VideoEnd::ended:
@@ -39,6 +43,7 @@ const char* nameOf(VideoEnd end) {
   return "";
 }
 
+constexpr double longest = 1e9;  // seconds; more would not fit the clocks in the long run
 constexpr const char* noVideo = "The view has no video. Populate it with an ad that has one.";
 
 }  // namespace
@@ -50,12 +55,14 @@ std::shared_ptr<vantorium::Host> makeHost(HostOptions options) {
 
 bool runUntil(vantorium::Host& host, const std::function<bool()>& done, double timeout) {
   auto* const scripted = headlessHost(host);
-  return scripted != nullptr && scripted->loop().runUntil(done, Seconds{timeout});
+  return scripted != nullptr &&
+         scripted->loop().runUntil(done, Seconds{timeout > 0 ? std::min(timeout, longest) : 0});
 }
 
 std::optional<Error> advance(vantorium::Host& host, double seconds) {
   return on(host, [&](Host& scripted) -> Refusal {
-    if (!(seconds >= 0)) return "Time does not go back. Give seconds of 0 or more.";
+    if (!(seconds >= 0 && seconds <= longest))
+      return "Time goes on by 0 to 1,000,000,000 seconds. Give seconds in between.";
     if (!scripted.hasVirtualTime()) return "Time is real here. Make the host with virtualTime.";
     scripted.advance(seconds);
     return std::nullopt;
@@ -105,14 +112,13 @@ std::optional<Error> finishStore(vantorium::Host& host) {
 
 std::string snapshot(vantorium::Host& host) {
   auto* const scripted = headlessHost(host);
-  return scripted == nullptr ? "null" : scripted->snapshot().dump();
+  return scripted == nullptr ? "null" : textOf(scripted->snapshot());
 }
 
 std::vector<std::string> takeEvents(vantorium::Host& host) {
   std::vector<std::string> lines;
   if (auto* const scripted = headlessHost(host)) {
-    for (const json& event : scripted->takeEvents())
-      lines.push_back(event.dump(-1, ' ', false, json::error_handler_t::replace));
+    for (const json& event : scripted->takeEvents()) lines.push_back(textOf(event));
   }
   return lines;
 }
@@ -155,6 +161,6 @@ std::optional<Error> endVideo(VantoriumNativeAdView& view, VideoEnd how, const s
   return errorOf(player->comeTo(nameOf(how), text));
 }
 
-std::string snapshot(VantoriumNativeAdView& view) { return snapshotOfNativeView(view).dump(); }
+std::string snapshot(VantoriumNativeAdView& view) { return textOf(snapshotOfNativeView(view)); }
 
 }  // namespace vantorium::headless

@@ -156,7 +156,8 @@ void MainLoop::advance(Seconds interval) {
       const std::lock_guard lock(mutex_);
       const Instant due = timers_.empty() ? target : timers_.begin()->first;
       handler = takeTimerLocked(target);
-      const Instant now = handler ? std::max(due, virtualInstant_) : target;
+      // A handler may have advanced the clock itself, past our target.
+      const Instant now = std::max(handler ? due : target, virtualInstant_);
       virtualNow_ += std::chrono::duration_cast<Date::duration>(now - virtualInstant_);
       virtualInstant_ = now;
     }

@@ -86,7 +86,12 @@ std::shared_ptr<VantoriumDelegate> SdkContext::delegate() const {
 
 void SdkContext::tellDelegate(DelegateMethod method, std::function<void(VantoriumDelegate&)> call) const {
   // The delegate is looked up when the call is made: one that was released meanwhile hears nothing.
-  std::weak_ptr<VantoriumDelegate> weak = delegate();
+  std::weak_ptr<VantoriumDelegate> weak;
+  {
+    // Not locked here: a thread that merely announces must not be the last to hold it.
+    const MutexLock lock(mutex_);
+    weak = delegate_;
+  }
   onMain([weak = std::move(weak), method, call = std::move(call)] {
     const auto delegate = weak.lock();
     if (delegate && delegate->respondsTo(method)) call(*delegate);

@@ -106,8 +106,8 @@ void Sdk::autoCachingTimerHandler() { precacher()->autoCachingTimerHandler(); }
 void Sdk::shutdown() {
   hasEnded_ = true;
   context_->setErrorReporter(nullptr);
-  if (const auto screen = shownScreen_.lock()) {
-    screen->cancel(shutDownWhileShowing());
+  for (const auto& each : std::exchange(shownScreens_, {})) {
+    if (const auto screen = each.lock()) screen->cancel(shutDownWhileShowing());
   }
   std::shared_ptr<Client> client;
   std::shared_ptr<CampaignPrecacher> precacher;

@@ -108,8 +108,9 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
 
   const std::shared_ptr<SdkContext> context_;
   const std::thread::id mainThread_ = std::this_thread::get_id();
-  std::weak_ptr<BaseViewController> shownScreen_;  ///< main thread only
-  bool hasEnded_ = false;                          ///< main thread only
+  /// Main thread only. One, unless the application has said that none is shown while one was.
+  std::vector<std::weak_ptr<BaseViewController>> shownScreens_;
+  bool hasEnded_ = false;  ///< main thread only
 
   std::once_flag servicesMade_;
   Mutex mutex_;

@@ -57,7 +57,8 @@ void Sdk::failToShow(const Error& error, const Completion& completion) {
 
 void Sdk::show(const std::shared_ptr<BaseViewController>& screen,
                std::optional<VantoriumServerParameter> serverParameter, Completion completion) {
-  shownScreen_ = screen;
+  std::erase_if(shownScreens_, [](const auto& each) { return each.expired(); });
+  shownScreens_.push_back(screen);
   screen->showOverScreen(std::move(serverParameter), [context = context_, completion = std::move(completion)](
                                                          bool success, const std::optional<Error>& error) {
     stopShowing(*context);

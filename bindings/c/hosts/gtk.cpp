@@ -18,7 +18,7 @@ using namespace vantorium::c;
 
 namespace {
 
-/// The thread that made the latest host, which is the toolkit's.
+/// The thread that made the first host, which is the toolkit's from then on.
 std::atomic<GThread*> toolkitThread = nullptr;
 
 /// The host, if it is one of GTK.
@@ -29,7 +29,7 @@ std::shared_ptr<Host> desktop(vantorium_host* host) {
   return given;
 }
 
-/// The toolkit's own check of a class, for whatever pointer is given as a widget.
+/// The toolkit's own check of the class of a widget.
 template <typename Instance>
 Instance* checked(Instance* instance, GType type, const char* argument) {
   if (instance == nullptr) refuse(std::string("\"") + argument + "\" is null. Give a widget.");
@@ -47,6 +47,17 @@ gtk::NativeAdView& viewOf(GtkWidget* widget) {
   if (view == nullptr)
     refuse("\"native_ad_view\" is a box of another kind. Give one of vantorium_gtk_native_ad_view_new.");
   return *view;
+}
+
+/// This thread is the toolkit's, if no other is.
+void claimToolkit() {
+  if (g_main_context_acquire(nullptr) == FALSE)
+    refuse("Another thread runs GTK's main loop. Make the host in \"activate\", on that thread.");
+  g_main_context_release(nullptr);
+  GThread* first = nullptr;
+  if (!toolkitThread.compare_exchange_strong(first, g_thread_self()) && first != g_thread_self())
+    refuse("Another thread has made a host before. GTK is for one thread: make it there.");
+  Gtk::init_gtkmm_internals();
 }
 
 gtk::HostOptions readOptions(const vantorium_gtk_host_options* options) {
@@ -70,9 +81,8 @@ vantorium_host* vantorium_gtk_host_new(const vantorium_gtk_host_options* options
   return call<vantorium_host*>(nullptr, [&] {
     auto read = readOptions(options);
     if (gtk_is_initialized() == FALSE) refuse("GTK is not initialised. Make the host in \"activate\".");
-    Gtk::init_gtkmm_internals();
-    toolkitThread = g_thread_self();
-    return giveToThisThread<vantorium_host>(gtk::makeHost(std::move(read)));
+    claimToolkit();
+    return giveHost(gtk::makeHost(std::move(read)));
   });
 }
 

@@ -12,7 +12,8 @@ int main() {
   const auto home = std::filesystem::temp_directory_path() / "vantorium-package";
   Vantorium::setHost(vantorium::headless::makeHost({.home = home}));
   bool isRefused = false;
-  Vantorium::showCampaign("anywhere", [&](bool success, const auto& error) { isRefused = !success && error; });
+  Vantorium::showCampaign("anywhere",
+                          [&](bool success, const auto& error) { isRefused = !success && error; });
   Vantorium::shutdown();
   std::filesystem::remove_all(home);
   if (!isRefused) {

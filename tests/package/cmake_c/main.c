@@ -1,4 +1,5 @@
-/* An application in C outside the tree: makes a headless host, meets the service at the given address and says so. */
+/* An application in C outside the tree: makes a headless host, meets the service at the given address and
+ * says so. */
 #include <stdio.h>
 #include <string.h>
 
@@ -35,7 +36,8 @@ int main(int argc, char** argv) {
     return 1;
   }
   /* Refused in one library, told by the other. */
-  if (vantorium_headless_host_new(NULL, false) != NULL || vantorium_last_error() == NULL) return fail("no refusal");
+  if (vantorium_headless_host_new(NULL, false) != NULL || vantorium_last_error() == NULL)
+    return fail("no refusal");
   vantorium_host* const host = vantorium_headless_host_new(argv[2], false);
   if (host == NULL || !vantorium_set_host(host)) return fail("no host");
   if (!vantorium_set_developer_settings(argv[1], argv[1], NULL)) return fail("no such service");

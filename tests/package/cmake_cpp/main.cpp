@@ -18,7 +18,8 @@ std::optional<std::string> configureAt(const std::string& service, vantorium::Ho
   Vantorium::configure("package-consumer", [&](bool success, const std::optional<vantorium::Error>& error) {
     outcome = success ? "" : error ? error->localizedDescription() : "refused without an error";
   });
-  if (!vantorium::headless::runUntil(host, [&] { return outcome.has_value(); })) return "no answer from " + service;
+  if (!vantorium::headless::runUntil(host, [&] { return outcome.has_value(); }))
+    return "no answer from " + service;
   return outcome->empty() ? std::nullopt : outcome;
 }
 

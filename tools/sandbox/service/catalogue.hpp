@@ -71,8 +71,8 @@ class Catalogue {
   std::map<std::string, Answer> fixed_;
 };
 
-/// The catalogue that comes with the sandbox: `share/vantorium/sandbox` in a folder above this program, as a package
-/// and a build have it. Throws std::runtime_error, saying where it looked, when there is none.
+/// The catalogue that comes with the sandbox: `share/vantorium/sandbox` in a folder above this program, as a
+/// package and a build have it. Throws std::runtime_error, saying where it looked, when there is none.
 std::filesystem::path defaultCatalogue();
 
 /// Replaces `placeholder` in every string of a JSON value.
