@@ -13,7 +13,7 @@
 extern "C" {
 #endif
 
-/** What a host is told of the application. */
+/** What a host is told of the application. Fields are added at the end, beyond what is its size today. */
 typedef struct vantorium_gtk_host_options {
   size_t size;                     /**< `sizeof(vantorium_gtk_host_options)`, so that fields can be added */
   const char* application_id;      /**< reverse-domain name: names its folders, and is told to the service */
@@ -50,6 +50,12 @@ VANTORIUM_API bool vantorium_gtk_set_device_orientation(vantorium_host* host,
  *  failure. */
 VANTORIUM_API GtkWidget* vantorium_gtk_native_ad_view_new(vantorium_host* host, GtkOrientation orientation,
                                                           int spacing);
+/** Likewise, of a GtkBox of an interface file, which it turns into a native ad: every object of the file
+ *  whose ID is the name of an outlet is connected; one that does not fit is left alone, with a warning on
+ *  the console. To be called once for a box that no other code of gtkmm knows. Returns the box, whose
+ *  references stay as they were; null on failure. */
+VANTORIUM_API GtkWidget* vantorium_gtk_native_ad_view_from_box(vantorium_host* host, GtkBox* box,
+                                                               GtkBuilder* builder);
 /** Connects a widget inside the box to the outlet, in place of another: `appNameLabel`,
  *  `appDeveloperLabel`, `appDescriptionLabel` and `reviewsLabel` take a GtkLabel; `iconImageView`,
  *  `imageView` and `privacyPolicyImageView` a GtkPicture or GtkImage; `callToActionButton` a GtkButton;

@@ -22,8 +22,9 @@
  *  given it but for refusals of the `…_show_…` functions, for `vantorium_populate_native_ad_view`, without
  *  a host, and for arguments that are wrong: null or no UTF-8 where text is asked for, or handles that are
  *  of no use. Those end with VANTORIUM_ERROR_INTERNAL and a text that names the argument. When a delegate
- *  call and a completion are due on the main queue, the delegate hears first. Completions and delegates may
- *  call anything here, `vantorium_shutdown` included. */
+ *  call and a completion are due on the main queue, the delegate hears first. A queue of the application's
+ *  that drops work drops its completion. Completions and delegates may call anything here,
+ *  `vantorium_shutdown` included. */
 
 #ifdef __cplusplus
 extern "C" {
@@ -41,14 +42,16 @@ VANTORIUM_API bool vantorium_set_host(vantorium_host* host);
  *  for addresses that may not be a service's. */
 VANTORIUM_API bool vantorium_set_developer_settings(const char* base_url, const char* widget_url,
                                                     const char* trusted_certificate);
-/** Takes away an ad that is shown, ends all work under way (each completion hears of it) and stops the
- *  SDK's network within a second. Afterwards there is no host. False, and nothing happens, on another
- *  thread than the main one; without a host it does nothing and is true. */
+/** Takes away an ad that is shown, ends all work under way (each completion hears of it, on its queue: run
+ *  the main loop once more to hear those) and stops the SDK's network within a second. Afterwards there is
+ *  no host. False, and nothing happens, on another thread than the main one; without a host it does nothing
+ *  and is true. */
 VANTORIUM_API bool vantorium_shutdown(void);
 
 /** "configureWithAppID:parameters:queue:completion:": introduces the application to the service.
  *  `parameters` and `queue` may be null. The delegate hears "didConfigure" or "didFailConfigureWith:", then
- *  the completion is called on the queue.
+ *  the completion is called on the queue. Once it has succeeded, and while "autoCaching" is on, the SDK
+ *  keeps interstitial and rewarded placements precached by itself.
  *
  *  Fails with VANTORIUM_ERROR_FUNCTION_IN_PROGRESS while another call is under way, else with the service's
  *  or the network's error; it may be tried again then. Once configured it reports success at once. */
@@ -58,7 +61,8 @@ VANTORIUM_API void vantorium_configure(const char* app_id, vantorium_parameters*
 
 /** "precacheCampaignsForPlacement:queue:completion:": fetches a campaign for the placement and puts its
  *  files on disk, unless one is ready. The delegate hears "didPrecacheForPlacement:" or
- *  "didFailPrecacheForPlacement:error:", then the completion is called on the queue.
+ *  "didFailPrecacheForPlacement:error:", then the completion is called on the queue. An error beside
+ *  success tells that of several campaigns the last one failed.
  *
  *  Fails with VANTORIUM_ERROR_NOT_CONFIGURED, with VANTORIUM_ERROR_FUNCTION_IN_PROGRESS while the same
  *  placement is being precached, else with the service's or the network's error. */
@@ -91,8 +95,8 @@ VANTORIUM_API void vantorium_show_campaign(const char* placement, vantorium_serv
 /** "showOfferWallForPlacement:serverParameter:completion:": shows the service's offer wall, a live page.
  *  Main thread. A "clickId" among the parameters is sent to the wall as "pub_click_id". The completion is
  *  called on the main thread: with success when the wall has been left, with the page's error when it could
- *  not be loaded. Refusals as `vantorium_show_campaign`, but for VANTORIUM_ERROR_NO_PRECACHED_DATA_TO_SHOW.
- */
+ *  not be loaded. Refusals as `vantorium_show_campaign`, but for VANTORIUM_ERROR_NO_PRECACHED_DATA_TO_SHOW;
+ *  VANTORIUM_ERROR_NOT_CONFIGURED too while no user is known, who comes with a `vantorium_configure`. */
 VANTORIUM_API void vantorium_show_offer_wall(const char* placement, vantorium_server_parameter* parameter,
                                              vantorium_completion completion, void* user_data,
                                              vantorium_callback free_user_data);
@@ -111,8 +115,8 @@ VANTORIUM_API void vantorium_show_rewardable_popup(const char* placement,
                                                    vantorium_callback free_user_data);
 
 /** "precacheRewardablePopupTemplateWithQueue:completion:": fetches the template of rewardable popups,
- *  unless it is there. Fails with VANTORIUM_ERROR_NOT_CONFIGURED, else with the service's or the network's
- *  error. */
+ *  unless it is there. Call it again only after its completion. Fails with VANTORIUM_ERROR_NOT_CONFIGURED,
+ *  else with the service's or the network's error. */
 VANTORIUM_API void vantorium_precache_rewardable_popup_template(vantorium_queue* queue,
                                                                 vantorium_completion completion,
                                                                 void* user_data,
@@ -129,8 +133,8 @@ typedef void (*vantorium_native_ads_completion)(void* user_data, vantorium_nativ
  *  "didFailPrecacheForPlacement:error:", then the completion is called on the queue.
  *
  *  Fails with VANTORIUM_ERROR_NOT_CONFIGURED, with VANTORIUM_ERROR_FUNCTION_IN_PROGRESS while ads of any
- *  kind are being precached for the placement, else with the service's or the network's error. There are no
- *  ads then. */
+ *  kind are being precached for the placement (in both cases the delegate hears nothing), else with the
+ *  service's or the network's error. There are no ads then. */
 VANTORIUM_API void vantorium_precache_native_ads(const char* placement, vantorium_native_ad_options* options,
                                                  vantorium_queue* queue,
                                                  vantorium_native_ads_completion completion, void* user_data,

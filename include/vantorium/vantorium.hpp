@@ -62,9 +62,10 @@ class VANTORIUM_API Vantorium {
   /// Accepted right after `setHost`, before the SDK is used; refused afterwards, and for addresses that may
   /// not be a service's, with an error that says what is wrong. Nothing changes then.
   static std::optional<Error> setDeveloperSettings(const DeveloperSettings& settings);
-  /// Takes away an ad that is shown, ends all work under way (each completion hears of it) and stops the
-  /// SDK's network within a second. Main thread. Afterwards, as before `setHost`, there is no host. An
-  /// application that just exits need not call it: the network stops by itself then, as quickly.
+  /// Takes away an ad that is shown, ends all work under way (each completion hears of it, on its queue: the
+  /// main loop must run once more for those) and stops the SDK's network within a second. Main thread.
+  /// Afterwards, as before `setHost`, there is no host. An application that just exits need not call it: the
+  /// network stops by itself then, as quickly.
   static void shutdown();
 
   /// Introduces the application to the service. On success the SDK is configured, and if `autoCaching` is on

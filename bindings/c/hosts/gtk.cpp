@@ -112,6 +112,18 @@ GtkWidget* vantorium_gtk_native_ad_view_new(vantorium_host* host, GtkOrientation
   });
 }
 
+GtkWidget* vantorium_gtk_native_ad_view_from_box(vantorium_host* host, GtkBox* box, GtkBuilder* builder) {
+  return call<GtkWidget*>(nullptr, [&] {
+    const auto given = desktop(host);
+    checked(box, GTK_TYPE_BOX, "box");
+    checked(builder, GTK_TYPE_BUILDER, "builder");
+    if (Glib::ObjectBase::_get_current_wrapper(G_OBJECT(box)) != nullptr)
+      refuse("\"box\" is in use by gtkmm, or was turned into a native ad before. Give it once.");
+    Gtk::manage(new gtk::NativeAdView(box, Glib::wrap(builder, true), *given));
+    return GTK_WIDGET(box);
+  });
+}
+
 bool vantorium_gtk_native_ad_view_connect(GtkWidget* native_ad_view, const char* outlet, GtkWidget* widget) {
   return perform([&] {
     auto& view = viewOf(native_ad_view);

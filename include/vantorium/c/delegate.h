@@ -26,8 +26,10 @@ typedef struct vantorium_delegate_methods {
   void (*did_fail_configure)(void* user_data, vantorium_error* error);
 } vantorium_delegate_methods;
 
-/** A delegate with these methods, which are copied. `free_user_data` is called when the last reference is
- *  given up and no method is running. Null on failure, and `user_data` has been freed then. */
+/** A delegate with these methods, which are copied. Give the last reference up on the main thread: no
+ *  method begins after that, and `free_user_data` is called at once, or when the method that is running
+ *  returns. Given up on another thread, a method may still be running. Null on failure, and `user_data` has
+ *  been freed then. */
 VANTORIUM_API vantorium_delegate* vantorium_delegate_new(const vantorium_delegate_methods* methods,
                                                          void* user_data, vantorium_callback free_user_data);
 

@@ -62,6 +62,8 @@ VANTORIUM_API size_t vantorium_native_ad_categories_count(vantorium_native_ad* a
 VANTORIUM_API const char* vantorium_native_ad_category_at(vantorium_native_ad* ad, size_t index);
 /** Adds one at the end. */
 VANTORIUM_API bool vantorium_native_ad_add_category(vantorium_native_ad* ad, const char* category);
+/** Takes all of them away. */
+VANTORIUM_API bool vantorium_native_ad_remove_categories(vantorium_native_ad* ad);
 /** How many pictures and videos it has. */
 VANTORIUM_API size_t vantorium_native_ad_assets_count(vantorium_native_ad* ad);
 /** One of them, as a reference of the caller's; null on failure. */
@@ -69,6 +71,8 @@ VANTORIUM_API vantorium_native_ad_asset* vantorium_native_ad_get_asset_at(vantor
                                                                           size_t index);
 /** Adds one at the end; it is shared, not copied. */
 VANTORIUM_API bool vantorium_native_ad_add_asset(vantorium_native_ad* ad, vantorium_native_ad_asset* asset);
+/** Takes all of them away. */
+VANTORIUM_API bool vantorium_native_ad_remove_assets(vantorium_native_ad* ad);
 /** Whether the event was reported. */
 VANTORIUM_API bool vantorium_native_ad_is_reported(vantorium_native_ad* ad, vantorium_native_ad_mark mark);
 /** See above. */

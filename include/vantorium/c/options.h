@@ -75,6 +75,11 @@ VANTORIUM_API vantorium_server_parameter* vantorium_server_parameter_new(void);
 /** What was set for the key; null for nothing. */
 VANTORIUM_API const char* vantorium_server_parameter_get(vantorium_server_parameter* parameter,
                                                          const char* key);
+/** How many keys are set. */
+VANTORIUM_API size_t vantorium_server_parameter_count(vantorium_server_parameter* parameter);
+/** One of them, in the order of the alphabet, by index from 0 on; null on failure. */
+VANTORIUM_API const char* vantorium_server_parameter_key_at(vantorium_server_parameter* parameter,
+                                                            size_t index);
 /** Sets the key, in place of what it had; a null value takes it away. */
 VANTORIUM_API bool vantorium_server_parameter_set(vantorium_server_parameter* parameter, const char* key,
                                                   const char* value);

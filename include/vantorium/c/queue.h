@@ -15,7 +15,9 @@ VANTORIUM_API vantorium_queue* vantorium_queue_serial_new(const char* label);
 /** Hands `work` over to be run later, with `user_data`, by the thread or loop that the queue stands for.
  *  Called on any thread, on several at a time; it must return at once and must not run the work itself.
  *
- *  The handle is the callee's: `vantorium_work_run` uses it up, `vantorium_release` drops the work. */
+ *  The handle is the callee's: `vantorium_work_run` uses it up, `vantorium_release` drops the work. Besides
+ *  completions the queue carries steps of the SDK's own, such as those of precaching native ads; a
+ *  completion whose work, or a step before it, is dropped does not come. */
 typedef void (*vantorium_queue_handler)(void* user_data, vantorium_work* work);
 
 /** A queue of the application's making: `async` gets all work that the SDK hands to it. `free_user_data` is

@@ -11,10 +11,11 @@
  *  What all of the C API has in common.
  *
  *  **Handles.** An object of the SDK is known by a handle, a pointer that points to nothing and is only
- *  given back. It counts references: a function named `…_new`, `…_copy…` or `…_get…` gives one that is the
- *  caller's, to be given up with `vantorium_release`; a handle that comes as an argument of a callback is
- *  lent for the call, and `vantorium_retain` keeps it. No handle is ever used for a second object, so one
- *  that was given up, that is of another kind, or that is no handle at all is recognised.
+ *  given back. It counts references: a function that returns a handle, named `…_new` or `…_get…`, gives one
+ *  that is the caller's, to be given up with `vantorium_release`; a handle that comes as an argument of a
+ *  callback is lent for the call, and `vantorium_retain` keeps it. One object may have several handles, so
+ *  they are not to be compared; no handle is ever used for a second object, so one that was given up, that
+ *  is of another kind, or that is no handle at all is recognised.
  *
  *  **Failures.** A function that got such a handle, a null pointer where none may be, or text that is not
  *  UTF-8 does nothing, returns `false`, null or 0, and notes why: `vantorium_last_error`. Functions with a
@@ -39,7 +40,7 @@ typedef struct vantorium_queue vantorium_queue;
 /** One piece of work handed to a queue of the application's making. */
 typedef struct vantorium_work vantorium_work;
 /** The machine and toolkit that ads run on: see `vantorium/gtk.h` and `vantorium/headless.h`. It belongs to
- *  the thread that made it, and is used and given up there. */
+ *  the thread that made it, and is used and given up there; the host itself stays until the process ends. */
 typedef struct vantorium_host vantorium_host;
 /** Who hears of configuration, precaching, clicks and rewards. */
 typedef struct vantorium_delegate vantorium_delegate;
@@ -70,9 +71,10 @@ typedef void (*vantorium_callback)(void* user_data);
 /** Called once with the result of an operation. `error` is null, or lent for the call.
  *
  *  Every function that takes a completion also takes `user_data`, which is passed to it, and
- *  `free_user_data`, which is called with it once: right after the completion on the same thread, or when
- *  it is certain that the completion will not be called, because the process's main loop has ended. Both
- *  may be null, and so may the completion. */
+ *  `free_user_data`, which is called with it once: right after the completion on the same thread, or in its
+ *  place when a queue of the application's drops the work. What has not run when the process ends, or when
+ *  the application no longer runs its main loop, is neither called nor freed. Both may be null, and so may
+ *  the completion. */
 typedef void (*vantorium_completion)(void* user_data, bool success, vantorium_error* error);
 
 /** The version of the library that runs, "0.1.0"; that of the headers is VANTORIUM_VERSION in
