@@ -38,7 +38,8 @@ def sources_of(samples):
         if language == "c" or re.search(r"\bmain\s*\(", text):
             yield language, place + text
         else:
-            pieces += "\n".join(INCLUDE.findall(text)) + f"\nvoid piece{number}({GRANTED}) {{\n{place}{INCLUDE.sub('', text)}}}\n"
+            body = place + INCLUDE.sub("", text)
+            pieces += "\n".join(INCLUDE.findall(text)) + f"\nvoid piece{number}({GRANTED}) {{\n{body}}}\n"
     yield "cpp", pieces
 
 

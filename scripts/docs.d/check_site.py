@@ -18,6 +18,10 @@ return {links: all('a[href]', 'href'), ids: [...all('[id]', 'id'), ...all('a[nam
         lost: [...document.images].filter(each => !each.complete || !each.naturalWidth).map(each => each.src),
         wide: document.documentElement.scrollWidth - document.documentElement.clientWidth};
 """
+LOAD_PICTURES = """
+for (const each of document.images) each.loading = 'eager';
+Promise.allSettled([...document.images].map(each => each.decode())).then(() => arguments[0]());
+"""
 WIDTHS = (1280, 390)  # a screen and a telephone
 
 
@@ -44,8 +48,7 @@ def read(browser, url):
                             {"width": WIDTHS[0], "height": 900, "deviceScaleFactor": 1, "mobile": False})
     browser.get(url)
     # Pictures below the fold may load late.
-    browser.execute_async_script("const done = arguments[0]; for (const each of document.images) each.loading = 'eager';"
-                                 "Promise.allSettled([...document.images].map(each => each.decode())).then(() => done());")
+    browser.execute_async_script(LOAD_PICTURES)
     page = browser.execute_script(WHAT_IS_THERE)
     wrong += [f"the picture {each} is missing or broken" for each in page["lost"]]
     wrong += [f"on the console: {entry['message']}" for entry in browser.get_log("browser")

@@ -48,7 +48,8 @@ def mend_theme(app, error):
         text = text.replace(reset, Path("/usr/share/javascript/normalize.css/normalize.css").read_text())
     dark = re.search(r'body\[data-theme="dark"\] \{([^}]*)\}', text)
     if dark and "prefers-color-scheme" not in text:
-        text += f'@media not print {{ @media (prefers-color-scheme: dark) {{ body:not([data-theme="light"]) {{{dark[1]}}} }} }}\n'
+        text += ('@media not print and (prefers-color-scheme: dark) {'
+                 f' body:not([data-theme="light"]) {{{dark[1]}}} }}\n')
     styles.write_text(text)
     scrolling = (static / "scripts/gumshoe-patched.js").read_text()
     script.write_text(script.read_text().replace('import Gumshoe from "./gumshoe-patched.js";', scrolling))

@@ -118,9 +118,10 @@ def write_headers(root, doxygen, out):
     for name in names:
         text = f"{name}\n{'=' * len(name)}\n\n.. code-block:: cpp\n\n   #include <vantorium/{name}>\n\n"
         write(out / page_of(name), text + "\n".join(declarations(name, doxygen)))
-    rows = [f"- [`<vantorium/{name}>`]({posixpath.basename(page_of(name)).replace('.rst', '.md')})" for name in names]
-    text = "# The headers\n\nEvery public declaration with its comment, as the headers have it.\n\n" + "\n".join(rows) + "\n"
-    write(out / "api/index.md", text + toctree([posixpath.basename(page_of(name))[:-len(".rst")] for name in names]))
+    pages = [posixpath.basename(page_of(name)).removesuffix(".rst") for name in names]
+    rows = [f"- [`<vantorium/{name}>`]({page}.md)" for name, page in zip(names, pages)]
+    text = "# The headers\n\nEvery public declaration with its comment, as the headers have it.\n\n" + "\n".join(rows)
+    write(out / "api/index.md", text + "\n" + toctree(pages))
 
 
 def write_scripts(root, out):
