@@ -22,6 +22,9 @@ GRANTED = """[[maybe_unused]] std::shared_ptr<vantorium::Host> host,
  [[maybe_unused]] std::shared_ptr<vantorium::VantoriumNativeAdView> view, [[maybe_unused]] Gtk::Box& feed"""
 COMPILERS = {"cpp": ["g++", "-std=c++20", "-x", "c++"], "c": ["gcc", "-std=c11", "-x", "c"]}
 
+# Pieces are not called, and callbacks of a few lines leave arguments alone.
+WARNINGS = ["-Wall", "-Wextra", "-Werror", "-Wno-unused-function", "-Wno-unused-parameter"]
+
 
 def samples_of(root):
     for file in [root / "README.md", *sorted((root / "docs").rglob("*.md"))]:
@@ -33,18 +36,23 @@ def samples_of(root):
 
 def sources_of(samples):
     """What is to be compiled, each with its language."""
-    pieces = PIECES
+    pieces = {"cpp": PIECES, "c": "#include <stdio.h>\n#include <vantorium/vantorium.h>\n"}
     for number, (language, text, place) in enumerate(samples):
-        if language == "c" or re.search(r"\bmain\s*\(", text):
+        if re.search(r"\bmain\s*\(", text):
             yield language, place + text
-        else:
-            body = place + INCLUDE.sub("", text)
-            pieces += "\n".join(INCLUDE.findall(text)) + f"\nvoid piece{number}({GRANTED}) {{\n{body}}}\n"
-    yield "cpp", pieces
+            continue
+        # What stands above an ellipsis is no part of the function that goes on below it.
+        above, gap, body = INCLUDE.sub("", text).rpartition("\n…\n")
+        granted = GRANTED if language == "cpp" else "void"
+        below = above.count("\n") + 2 if gap else 0
+        line = re.sub(r"\d+", lambda start: str(int(start[0]) + below), place, count=1)
+        pieces[language] += "\n".join(INCLUDE.findall(text)) + f"\n{place}{above}\n"
+        pieces[language] += f"static inline void piece{number}({granted}) {{\n{line}{body}}}\n"
+    yield from pieces.items()
 
 
 def complaints(root, flags, language, source):
-    command = [*COMPILERS[language], "-fsyntax-only", "-Wall", "-Wextra", "-Werror", f"-I{root}/include", *flags, "-"]
+    command = [*COMPILERS[language], *WARNINGS, "-fsyntax-only", f"-I{root}/include", *flags, "-"]
     result = subprocess.run(command, input=source, capture_output=True, text=True, check=False)
     if result.returncode == 0:
         return []
