@@ -2,6 +2,7 @@
 pictures, style sheets and scripts. Nothing outside of the site may be asked for. Addresses elsewhere are checked for
 their form alone."""
 import http.server
+import re
 import sys
 import threading
 from functools import partial
@@ -61,6 +62,17 @@ def read(browser, url):
     return page, wrong
 
 
+def scheme_flaws(browser, url):
+    """Whether pages are light and dark as the reader's system is."""
+    for scheme, is_right in (("light", lambda shade: shade > 200), ("dark", lambda shade: shade < 60)):
+        browser.execute_cdp_cmd("Emulation.setEmulatedMedia",
+                                {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        browser.get(url)
+        color = browser.execute_script("return getComputedStyle(document.body).backgroundColor")
+        if not is_right(int(re.search(r"\d+", color)[0])):
+            yield f"the page is {color} for a reader who prefers {scheme}"
+
+
 def flaw_of(link, base, pages, site):
     url, anchor = urldefrag(link)
     if not url.startswith(base):
@@ -84,6 +96,7 @@ def main():
             name = file.relative_to(site).as_posix()
             pages[base + name], flaws = read(browser, base + name)
             wrong += [f"{name}: {each}" for each in flaws]
+        wrong += scheme_flaws(browser, base + "index.html")
     finally:
         browser.quit()
         server.shutdown()

@@ -48,7 +48,7 @@ def mend_theme(app, error):
         text = text.replace(reset, Path("/usr/share/javascript/normalize.css/normalize.css").read_text())
     dark = re.search(r'body\[data-theme="dark"\] \{([^}]*)\}', text)
     if dark and "prefers-color-scheme" not in text:
-        text += ('@media not print and (prefers-color-scheme: dark) {'
+        text += ('@media screen and (prefers-color-scheme: dark) {'
                  f' body:not([data-theme="light"]) {{{dark[1]}}} }}\n')
     styles.write_text(text)
     scrolling = (static / "scripts/gumshoe-patched.js").read_text()

@@ -40,6 +40,8 @@ def site_path(path):
         return BESIDE[path], ""
     if path.startswith("docs/"):
         return path[len("docs/"):], ""
+    if path + "/" == HEADERS:
+        return "api/index.md", ""
     if path.startswith(HEADERS):
         return page_of(path[len(HEADERS):]).replace(".rst", ".md"), ""
     if path.startswith(SCRIPTS):
