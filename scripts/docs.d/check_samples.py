@@ -41,8 +41,11 @@ def sources_of(samples):
         if re.search(r"\bmain\s*\(", text):
             yield language, place + text
             continue
-        # What stands above an ellipsis is no part of the function that goes on below it.
+        # What stands above an ellipsis is no part of the function that goes on below it. A piece of C has functions of
+        # its own.
         above, gap, body = INCLUDE.sub("", text).rpartition("\n…\n")
+        if language == "c" and not gap:
+            above, body = body, ""
         granted = GRANTED if language == "cpp" else "void"
         below = above.count("\n") + 2 if gap else 0
         line = re.sub(r"\d+", lambda start: str(int(start[0]) + below), place, count=1)
