@@ -1,7 +1,9 @@
 // The roads of an application that knows the C API alone.
+#include <cmath>
 #include <condition_variable>
+#include <limits>
+#include <map>
 #include <mutex>
-#include <set>
 
 #include "c_api/c_world.hpp"
 
@@ -9,40 +11,43 @@ namespace vantorium::testing {
 namespace {
 
 TEST(CEntryPoints, AreFoundBySelector) {
-  const std::set<std::string> expected{"configureWithAppID:parameters:queue:completion:",
-                                       "precacheCampaignsForPlacement:queue:completion:",
-                                       "isCampaignReadyWithPlacementID:",
-                                       "canViewForPlacement:queue:completion:",
-                                       "autoCachingTimerHandlerWithTimer:",
-                                       "showCampaignForPlacement:serverParameter:completion:",
-                                       "showOfferWallForPlacement:serverParameter:completion:",
-                                       "showRewardablePopupForPlacement:serverParameter:completion:",
-                                       "precacheRewardablePopupTemplateWithQueue:completion:",
-                                       "getLog",
-                                       "precacheNativeAdsForPlacement:options:queue:completion:",
-                                       "populateNativeAdViewWithView:with:options:completion:",
-                                       "reportNativeAdClickWithImpressionID:serverParameter:",
-                                       "reportNativeAdImpressionWithImpressionID:",
-                                       "reportNativeAdVideoStartedWithImpressionID:",
-                                       "reportNativeAdVideoEndedWithImpressionID:",
-                                       "isConfigured",
-                                       "setIsConfigured:",
-                                       "isConfiguring",
-                                       "setIsConfiguring:",
-                                       "isShowingAds",
-                                       "setIsShowingAds:",
-                                       "autoCaching",
-                                       "setAutoCaching:",
-                                       "delegate",
-                                       "setDelegate:",
-                                       "userIDKey",
-                                       "ageKey",
-                                       "genderKey",
-                                       "dateOfBirthdayKey"};
-  std::set<std::string> known;
+  const auto as = [](auto* function) { return reinterpret_cast<vantorium_function>(function); };
+  const std::map<std::string, vantorium_function> expected{
+      {"configureWithAppID:parameters:queue:completion:", as(vantorium_configure)},
+      {"precacheCampaignsForPlacement:queue:completion:", as(vantorium_precache_campaigns)},
+      {"isCampaignReadyWithPlacementID:", as(vantorium_is_campaign_ready)},
+      {"canViewForPlacement:queue:completion:", as(vantorium_can_view)},
+      {"autoCachingTimerHandlerWithTimer:", as(vantorium_auto_caching_timer_handler)},
+      {"showCampaignForPlacement:serverParameter:completion:", as(vantorium_show_campaign)},
+      {"showOfferWallForPlacement:serverParameter:completion:", as(vantorium_show_offer_wall)},
+      {"showRewardablePopupForPlacement:serverParameter:completion:", as(vantorium_show_rewardable_popup)},
+      {"precacheRewardablePopupTemplateWithQueue:completion:",
+       as(vantorium_precache_rewardable_popup_template)},
+      {"getLog", as(vantorium_get_log)},
+      {"precacheNativeAdsForPlacement:options:queue:completion:", as(vantorium_precache_native_ads)},
+      {"populateNativeAdViewWithView:with:options:completion:", as(vantorium_populate_native_ad_view)},
+      {"reportNativeAdClickWithImpressionID:serverParameter:", as(vantorium_report_native_ad_click)},
+      {"reportNativeAdImpressionWithImpressionID:", as(vantorium_report_native_ad_impression)},
+      {"reportNativeAdVideoStartedWithImpressionID:", as(vantorium_report_native_ad_video_started)},
+      {"reportNativeAdVideoEndedWithImpressionID:", as(vantorium_report_native_ad_video_ended)},
+      {"isConfigured", as(vantorium_is_configured)},
+      {"setIsConfigured:", as(vantorium_set_is_configured)},
+      {"isConfiguring", as(vantorium_is_configuring)},
+      {"setIsConfiguring:", as(vantorium_set_is_configuring)},
+      {"isShowingAds", as(vantorium_is_showing_ads)},
+      {"setIsShowingAds:", as(vantorium_set_is_showing_ads)},
+      {"autoCaching", as(vantorium_auto_caching)},
+      {"setAutoCaching:", as(vantorium_set_auto_caching)},
+      {"delegate", as(vantorium_get_delegate)},
+      {"setDelegate:", as(vantorium_set_delegate)},
+      {"userIDKey", as(vantorium_user_id_key)},
+      {"ageKey", as(vantorium_age_key)},
+      {"genderKey", as(vantorium_gender_key)},
+      {"dateOfBirthdayKey", as(vantorium_date_of_birthday_key)},
+  };
+  std::map<std::string, vantorium_function> known;
   for (std::size_t index = 0; const char* const selector = vantorium_selector_at(index); ++index) {
-    known.insert(selector);
-    EXPECT_NE(vantorium_entry_point(selector), nullptr) << selector;
+    known[selector] = vantorium_entry_point(selector);
   }
   EXPECT_EQ(known, expected);
   EXPECT_EQ(vantorium_entry_point("configure"), nullptr);
@@ -142,6 +147,69 @@ TEST(CRoad, OfARewardedVideo) {
             (std::vector<std::string>{"unconfigured 5", "configured", "reward rewarded-main 50"}));
   EXPECT_NE(taken(vantorium_headless_take_events(world.host)).find("\"presented\""), std::string::npos);
   EXPECT_EQ(taken(vantorium_headless_take_events(world.host)), "");
+}
+
+TEST(CRoad, OfTheOtherScreens) {
+  CWorld world;
+  Listener listener;
+  const auto methods = Listener::methods();
+  const Owned<vantorium_delegate> delegate(vantorium_delegate_new(&methods, &listener, nullptr));
+  vantorium_set_delegate(delegate);
+  ASSERT_TRUE(world.configure());
+  const auto shows = [&](const char* screen) {
+    return taken(vantorium_headless_snapshot(world.host)).find(screen) != std::string::npos;
+  };
+  Told wall, closedWall, fetched, popup;
+  vantorium_show_offer_wall("wall-main", nullptr, Told::complete, &wall, Told::free);
+  EXPECT_TRUE(shows("OfferWallVC"));
+  EXPECT_FALSE(vantorium_headless_tap(world.host, "noSuchControl"));
+  ASSERT_TRUE(vantorium_headless_tap(world.host, "back"));
+  ASSERT_TRUE(world.await([&] { return wall.isOver(); }));
+  EXPECT_TRUE(wall.success);
+  vantorium_show_offer_wall("wall-main", nullptr, Told::complete, &closedWall, Told::free);
+  ASSERT_TRUE(vantorium_headless_fail_page(world.host, "closed today"));
+  ASSERT_TRUE(world.await([&] { return closedWall.isOver(); }));
+  EXPECT_NE(closedWall.text.find("closed today"), std::string::npos) << closedWall.text;
+
+  vantorium_precache_rewardable_popup_template(nullptr, Told::complete, &fetched, Told::free);
+  ASSERT_TRUE(world.await([&] { return fetched.isOver() && fetched.success; }));
+  vantorium_show_rewardable_popup("offer-main", nullptr, Told::complete, &popup, Told::free);
+  ASSERT_TRUE(world.await([&] { return shows("RewardablePopupVC"); }));
+  ASSERT_TRUE(vantorium_headless_navigate(world.host, "click://x"));
+  ASSERT_TRUE(world.await([&] { return popup.isOver(); }));
+  EXPECT_TRUE(popup.success) << popup.text;
+  EXPECT_EQ(listener.lines.back(), "click offer-main");
+
+  Told offline;
+  ASSERT_TRUE(vantorium_headless_set_online(world.host, false));
+  vantorium_show_offer_wall("wall-main", nullptr, Told::complete, &offline, Told::free);
+  EXPECT_EQ(offline.code, VANTORIUM_ERROR_NO_INTERNET_CONNECTION);
+  EXPECT_FALSE(vantorium_headless_finish_store(world.host));
+  EXPECT_FALSE(vantorium_headless_set_device(world.host, "no JSON"));
+  EXPECT_FALSE(vantorium_headless_set_device(world.host, R"({"volume":"loud"})"));
+  EXPECT_TRUE(vantorium_headless_set_device(world.host, R"({"volume":0.5})"));
+}
+
+TEST(CRoad, OfReportsReachesTheService) {
+  CWorld world;
+  ASSERT_TRUE(world.configure());
+  const auto reported = [&](const std::string& what) {
+    return world.server
+        .waitForRequest([&](const nlohmann::json& request) {
+          return request["target"].get<std::string>().find("/api/impressions/" + what) != std::string::npos;
+        })
+        .has_value();
+  };
+  const Owned<vantorium_server_parameter> row(vantorium_server_parameter_new());
+  vantorium_server_parameter_set(row, "row", "7");
+  vantorium_report_native_ad_video_started("i1");
+  EXPECT_TRUE(reported("i1/started"));
+  vantorium_report_native_ad_video_ended("i2");
+  EXPECT_TRUE(reported("i2/finished"));
+  vantorium_report_native_ad_click("i3", row);
+  EXPECT_TRUE(reported("i3/click?row=7"));
+  vantorium_report_native_ad_impression("i4");
+  EXPECT_TRUE(reported("i4"));
 }
 
 /// A queue whose work the test runs itself.
@@ -292,6 +360,55 @@ TEST(CCallbacks, MayShutTheSDKDown) {
     EXPECT_TRUE(refused.isOver());
     EXPECT_NE(refused.text.find("no host"), std::string::npos) << refused.text;
   }
+}
+
+TEST(CCallbacks, OfAllScreensHearOfTheShutdown) {
+  CWorld world;
+  ASSERT_TRUE(world.configure());
+  ASSERT_TRUE(world.precache("rewarded-main"));
+  Told campaign, wall;
+  vantorium_show_campaign("rewarded-main", nullptr, Told::complete, &campaign, Told::free);
+  vantorium_set_is_showing_ads(false);  // which is not so
+  vantorium_show_offer_wall("wall-main", nullptr, Told::complete, &wall, Told::free);
+  EXPECT_TRUE(vantorium_shutdown());
+  ASSERT_TRUE(world.await([&] { return campaign.isOver() && wall.isOver(); }));
+}
+
+TEST(CHeadless, TimeGoesOnWhateverAdvancesIt) {
+  const TemporaryDirectory home;
+  const Owned<vantorium_host> host(vantorium_headless_host_new(home.path().c_str(), true));
+  EXPECT_TRUE(vantorium_headless_advance(host, 10));
+  for (const double seconds : {-1.0, std::nan(""), 1e300, std::numeric_limits<double>::infinity()})
+    EXPECT_FALSE(vantorium_headless_advance(host, seconds)) << seconds;
+  const auto never = [](void*) { return false; };
+  EXPECT_FALSE(vantorium_headless_run_until(host, never, nullptr, std::nan("")));
+  EXPECT_NE(textOf(vantorium_last_error()).find("in time"), std::string::npos);
+  const auto atOnce = [](void*) { return true; };
+  EXPECT_TRUE(vantorium_headless_run_until(host, atOnce, nullptr, std::numeric_limits<double>::infinity()));
+  EXPECT_FALSE(vantorium_headless_run_until(host, nullptr, nullptr, 0));
+  const Owned<vantorium_host> real(vantorium_headless_host_new(home.path().c_str(), false));
+  EXPECT_FALSE(vantorium_headless_advance(real, 1)) << "time is real there";
+}
+
+TEST(CHeadless, ViewsOutliveTheHandleOfTheirHost) {
+  CWorld world;
+  ASSERT_TRUE(world.configure());
+  const TemporaryDirectory home;
+  auto* const host = vantorium_headless_host_new(home.path().c_str(), true);
+  const Owned<vantorium_native_ad_view> view(vantorium_headless_native_ad_view_new(host, 390, 300));
+  EXPECT_TRUE(vantorium_release(host));
+  const Owned<vantorium_native_ad> ad(vantorium_native_ad_new());
+  const Owned<vantorium_native_ad_asset> film(vantorium_native_ad_asset_new());
+  vantorium_native_ad_asset_set_type(film, "video");
+  vantorium_native_ad_asset_set_file_path(film, "/no/such/film.mp4");
+  vantorium_native_ad_add_asset(ad, film);
+  Told filled;
+  vantorium_populate_native_ad_view(view, ad, nullptr, 0, Told::complete, &filled, Told::free);
+  EXPECT_TRUE(filled.success) << filled.text;
+  EXPECT_TRUE(vantorium_headless_view_tap(view, "callToActionButton"));
+  EXPECT_TRUE(vantorium_headless_view_move_video(view, 1, 2));
+  EXPECT_TRUE(vantorium_headless_view_end_video(view, VANTORIUM_HEADLESS_VIDEO_FAILED, "torn"));
+  EXPECT_NE(taken(vantorium_headless_view_snapshot(view)).find("mediaView"), std::string::npos);
 }
 
 TEST(CCallbacks, KeepErrorsThatAreRetained) {

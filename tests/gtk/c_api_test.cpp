@@ -80,6 +80,30 @@ TEST_F(CDesktopTest, FillsAnAdOfPlainWidgets) {
   EXPECT_TRUE(again.isOver());
 }
 
+TEST_F(CDesktopTest, TakesABoxOfAnInterfaceFile) {
+  const char* const file = R"(<interface><object class="GtkBox" id="ad">
+      <child><object class="GtkLabel" id="appNameLabel"/></child>
+      <child><object class="GtkBox" id="ratingView"/></child>
+      <child><object class="GtkBox" id="callToActionButton"/></child></object></interface>)";
+  GtkBuilder* const builder = gtk_builder_new_from_string(file, -1);
+  auto* const box = GTK_BOX(gtk_builder_get_object(builder, "ad"));
+  GtkWidget* const row = vantorium_gtk_native_ad_view_from_box(own, box, builder);
+  ASSERT_EQ(row, GTK_WIDGET(box)) << textOf(vantorium_last_error());
+  EXPECT_EQ(vantorium_gtk_native_ad_view_from_box(own, box, builder), nullptr) << "once";
+  EXPECT_TRUE(vantorium_gtk_native_ad_view_set_star_images(row, "/a.png", "/b.png", "/c.png"));
+  gtk_window_set_child(window.gobj(), row);
+  g_object_unref(builder);
+
+  vantorium_set_is_configured(true);
+  const Owned<vantorium_native_ad> ad(vantorium_native_ad_new());
+  vantorium_native_ad_set_text(ad, VANTORIUM_NATIVE_AD_APP_NAME, "Hike");
+  const Owned<vantorium_native_ad_view> view(vantorium_gtk_native_ad_view_get_view(row));
+  Told filled;
+  vantorium_populate_native_ad_view(view, ad, nullptr, 0, Told::complete, &filled, Told::free);
+  EXPECT_TRUE(filled.success) << filled.text;
+  EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(gtk_widget_get_first_child(row))), "Hike");
+}
+
 TEST_F(CDesktopTest, RefusesWhatIsOfNoUse) {
   EXPECT_EQ(vantorium_gtk_host_new(nullptr), nullptr);
   const vantorium_gtk_host_options sizeless{};
@@ -102,6 +126,7 @@ TEST_F(CDesktopTest, RefusesWhatIsOfNoUse) {
   EXPECT_FALSE(vantorium_gtk_native_ad_view_play_video(nullptr));
   EXPECT_TRUE(vantorium_gtk_native_ad_view_pause_video(row)) << "there is nothing to pause";
   std::thread([&] {
+    EXPECT_EQ(vantorium_gtk_host_new(&options), nullptr) << "GTK is for one thread";
     EXPECT_FALSE(vantorium_gtk_attach(own, window.gobj()));
     EXPECT_EQ(vantorium_gtk_native_ad_view_new(own, GTK_ORIENTATION_VERTICAL, 0), nullptr);
     EXPECT_FALSE(vantorium_gtk_native_ad_view_play_video(row));
