@@ -75,13 +75,13 @@ consume_pkg_config_static() { # compiler standard source
   run_consumer "$program"
 }
 
-# Warnings of ours would be errors here: the consumer's build is held to them.
-consume_sources() { # option...
-  local build
-  build=$(mktemp -d -p "$work")
-  cmake -S "$work/consumers/fetch_content" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVANTORIUM_SOURCE="$source" \
-    -DVANTORIUM_WERROR=ON "$@"
-  cmake --build "$build" -j "$(nproc)"
+# Warnings of ours would be errors here: the consumer's build is held to them. It builds beside the package, as deep in
+# the tree, so that the compiler's cache knows the sources already.
+consume_sources() { # name option...
+  local build=$out/fetch_content-$1
+  cmake -G Ninja -S "$work/consumers/fetch_content" -B "$build" -DCMAKE_BUILD_TYPE=Release \
+    -DVANTORIUM_SOURCE="$source" -DVANTORIUM_WERROR=ON "${@:2}"
+  cmake --build "$build"
   run_consumer "$build/consumer"
   if find "$build" -name '*-sandbox*' -o -name '*-drive*' -o -name '*_tests*' | grep .; then
     echo "An application that adds Vantorium to its build got its tools or tests, too."
