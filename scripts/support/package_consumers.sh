@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2154
 # The applications that scripts/package builds and runs outside the tree; sourced by it.
 
 # Starts the package's own ad service on a free port, with nothing but the moved prefix to live from.
@@ -91,14 +92,14 @@ consume_sources() { # name option...
 
 # Builds an example from its installed source and runs it: through its whole flow when it has no screen, else until it
 # has met the service.
-consume_example() { # name
+consume_example() { # name option...
   local build program
   build=$(mktemp -d -p "$work")
   [[ -d $work/examples ]] || cp -r "$elsewhere/share/doc/vantorium/examples" "$work/examples"
-  configure_consumer "$work/examples/$1" "$build"
+  configure_consumer "$work/examples/$1" "$build" "${@:2}"
   cmake --build "$build" -j "$(nproc)"
   program=$build/$1
-  if ! readelf -d "$program" | grep -q 'NEEDED.*libvantorium-gtk'; then
+  if ! readelf -d "$program" | grep -q 'NEEDED.*libgtk'; then
     timeout 60 "$program" "$service" "$(mktemp -d -p "$work")"
     return
   fi

@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2154
 # The steps of scripts/package that need no consumer; sourced by it.
 
 failures=0
