@@ -99,7 +99,7 @@ void vantorium_free_text(char* text) { std::free(text); }
 
 const char* vantorium_error_domain(vantorium_error* error) { return textOf(error, &Error::domain); }
 
-int vantorium_error_code_of(vantorium_error* error) {
+int vantorium_error_code(vantorium_error* error) {
   return call(0, [&] { return object(error, "error")->code(); });
 }
 

@@ -32,7 +32,9 @@ VANTORIUM_API vantorium_host* vantorium_gtk_host_new(const vantorium_gtk_host_op
 VANTORIUM_API bool vantorium_gtk_attach(vantorium_host* host, GtkWindow* window);
 
 /** How the device is held, seen from its user. */
-typedef enum vantorium_gtk_device_orientation {
+typedef int32_t vantorium_gtk_device_orientation;
+/** Its values. */
+enum vantorium_gtk_device_orientations {
   VANTORIUM_GTK_DEVICE_UNKNOWN = 0,              /**< not known */
   VANTORIUM_GTK_DEVICE_PORTRAIT = 1,             /**< upright */
   VANTORIUM_GTK_DEVICE_PORTRAIT_UPSIDE_DOWN = 2, /**< its top points down */
@@ -40,7 +42,7 @@ typedef enum vantorium_gtk_device_orientation {
   VANTORIUM_GTK_DEVICE_LANDSCAPE_RIGHT = 4,      /**< its top points to the right */
   VANTORIUM_GTK_DEVICE_FACE_UP = 5,              /**< it lies on its back */
   VANTORIUM_GTK_DEVICE_FACE_DOWN = 6             /**< it lies on its face */
-} vantorium_gtk_device_orientation;
+};
 /** For developers: holds the device this way, whatever its sensor says. False on failure. */
 VANTORIUM_API bool vantorium_gtk_set_device_orientation(vantorium_host* host,
                                                         vantorium_gtk_device_orientation orientation);

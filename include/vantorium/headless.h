@@ -37,11 +37,13 @@ VANTORIUM_API bool vantorium_headless_fail_page(vantorium_host* host, const char
 /** The video in front is at `position` of `duration` seconds. */
 VANTORIUM_API bool vantorium_headless_move_video(vantorium_host* host, double position, double duration);
 /** How a video comes to its end. */
-typedef enum vantorium_headless_video_end {
+typedef int32_t vantorium_headless_video_end;
+/** Its values. */
+enum vantorium_headless_video_ends {
   VANTORIUM_HEADLESS_VIDEO_ENDED = 0,         /**< it was played to its end */
   VANTORIUM_HEADLESS_VIDEO_FAILED_TO_END = 1, /**< it broke off */
   VANTORIUM_HEADLESS_VIDEO_FAILED = 2         /**< it could not be played at all */
-} vantorium_headless_video_end;
+};
 /** The video in front ends; `text`, which may be null, says why if it failed. */
 VANTORIUM_API bool vantorium_headless_end_video(vantorium_host* host, vantorium_headless_video_end how,
                                                 const char* text);

@@ -88,14 +88,14 @@ struct Listener {
         .did_fail_precache =
             [](void* data, const char* placement, vantorium_error* error) {
               of(data).note("failed " + std::string(placement) + " " +
-                            std::to_string(vantorium_error_code_of(error)));
+                            std::to_string(vantorium_error_code(error)));
             },
         .did_receive_click = [](void* data,
                                 const char* placement) { of(data).note("click " + std::string(placement)); },
         .did_configure = [](void* data) { of(data).note("configured"); },
         .did_fail_configure =
             [](void* data, vantorium_error* error) {
-              of(data).note("unconfigured " + std::to_string(vantorium_error_code_of(error)));
+              of(data).note("unconfigured " + std::to_string(vantorium_error_code(error)));
             },
     };
   }
@@ -423,7 +423,7 @@ TEST(CCallbacks, KeepErrorsThatAreRetained) {
   ASSERT_TRUE(vantorium_headless_run_until(
       world.host, [](void* data) { return *static_cast<vantorium_error**>(data) != nullptr; }, &kept, 30));
   const Owned<vantorium_error> error(kept);
-  EXPECT_EQ(vantorium_error_code_of(error), VANTORIUM_ERROR_NOT_CONFIGURED);
+  EXPECT_EQ(vantorium_error_code(error), VANTORIUM_ERROR_NOT_CONFIGURED);
   EXPECT_EQ(textOf(error), "Vantorium framework is not configured. Domain: com.vantorium Code: 1");
   EXPECT_EQ(textOf(error), vantorium_error_message(error));
 }

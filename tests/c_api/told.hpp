@@ -45,7 +45,7 @@ struct Told {
     auto& told = *static_cast<Told*>(data);
     ++told.calls;
     told.success = success;
-    told.code = error == nullptr ? 0 : vantorium_error_code_of(error);
+    told.code = error == nullptr ? 0 : vantorium_error_code(error);
     told.text = textOf(error);
     if (told.then) told.then();
   }

@@ -111,7 +111,7 @@ TEST_F(CDesktopTest, RefusesWhatIsOfNoUse) {
   EXPECT_NE(textOf(vantorium_last_error()).find("sizeof(vantorium_gtk_host_options)"), std::string::npos);
   EXPECT_FALSE(vantorium_gtk_attach(own, nullptr));
   EXPECT_FALSE(vantorium_gtk_attach(nullptr, window.gobj()));
-  EXPECT_FALSE(vantorium_gtk_set_device_orientation(own, static_cast<vantorium_gtk_device_orientation>(7)));
+  EXPECT_FALSE(vantorium_gtk_set_device_orientation(own, 7));
   EXPECT_TRUE(vantorium_gtk_set_device_orientation(own, VANTORIUM_GTK_DEVICE_LANDSCAPE_LEFT));
 
   GtkWidget* const plain = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);

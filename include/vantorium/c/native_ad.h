@@ -14,7 +14,9 @@ extern "C" {
 #endif
 
 /** The texts of a native ad. */
-typedef enum vantorium_native_ad_text {
+typedef int32_t vantorium_native_ad_text;
+/** Its values. */
+enum vantorium_native_ad_texts {
   VANTORIUM_NATIVE_AD_ID = 0,                        /**< `adID`: the service's name for the ad */
   VANTORIUM_NATIVE_AD_APP_NAME = 1,                  /**< `appName` of the advertised application */
   VANTORIUM_NATIVE_AD_STORE_APP_ID = 2,              /**< `storeAppID` */
@@ -29,16 +31,18 @@ typedef enum vantorium_native_ad_text {
   VANTORIUM_NATIVE_AD_CALL_TO_ACTION_TEXT = 11,      /**< `callToActionText` */
   VANTORIUM_NATIVE_AD_IMPRESSION_ID = 12,            /**< `impressionID`, for the report calls */
   VANTORIUM_NATIVE_AD_PLACEMENT_ID = 13              /**< `placementID`: the ad was fetched for */
-} vantorium_native_ad_text;
+};
 
 /** The marks that views make when they report; an application that reports by itself may use them likewise.
  */
-typedef enum vantorium_native_ad_mark {
+typedef int32_t vantorium_native_ad_mark;
+/** Its values. */
+enum vantorium_native_ad_marks {
   VANTORIUM_NATIVE_AD_IMPRESSION_REPORTED = 0,  /**< `isImpressionReported` */
   VANTORIUM_NATIVE_AD_CLICK_REPORTED = 1,       /**< `isClickReported` */
   VANTORIUM_NATIVE_AD_VIDEO_START_REPORTED = 2, /**< `isVideoStartReported` */
   VANTORIUM_NATIVE_AD_VIDEO_END_REPORTED = 3    /**< `isVideoEndReported` */
-} vantorium_native_ad_mark;
+};
 
 /** An ad without any content, to be filled by the application. */
 VANTORIUM_API vantorium_native_ad* vantorium_native_ad_new(void);

@@ -26,6 +26,8 @@
  *  `const char *` belongs to the object it was asked of: it is valid until that property is changed or the
  *  last reference to the object is given up.
  *
+ *  **Choices** are integers with named values; one without a name is a failure.
+ *
  *  **Threads.** Unless a function says otherwise it may be called on any thread, one at a time for one
  *  object. */
 
