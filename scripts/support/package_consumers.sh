@@ -80,7 +80,7 @@ consume_pkg_config_static() { # compiler standard source
 # the tree, so that the compiler's cache knows the sources already.
 consume_sources() { # name option...
   local build=$out/fetch_content-$1
-  cmake -G Ninja -S "$work/consumers/fetch_content" -B "$build" -DCMAKE_BUILD_TYPE=Release \
+  cmake -G Ninja -S tests/package/fetch_content -B "$build" -DCMAKE_BUILD_TYPE=Release \
     -DVANTORIUM_SOURCE="$source" -DVANTORIUM_WERROR=ON "${@:2}"
   cmake --build "$build"
   run_consumer "$build/consumer"

@@ -15,7 +15,7 @@ fs::path defaultCatalogue() {
   for (int level = 0; level < levels; ++level) {
     folder = folder.parent_path();
     std::error_code failure;
-    if (const auto found = fs::canonical(folder / "share/vantorium/sandbox", failure); !failure) return found;
+    if (auto found = fs::canonical(folder / "share/vantorium/sandbox", failure); !failure) return found;
   }
   throw std::runtime_error(
       fmt::format("there is no share/vantorium/sandbox beside or above {}: name the folder to serve with "
