@@ -1,12 +1,27 @@
 # What `cmake --install` puts where. The components are named after the Debian packages that carry them.
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-set(VANTORIUM_INSTALL_KINDS "shared;static" CACHE STRING "Which libraries are installed: shared, static or both")
+set(VANTORIUM_INSTALL_KINDS "shared;static" CACHE STRING "Which libraries are installed: shared, static or shared;static")
+foreach(kind IN LISTS VANTORIUM_INSTALL_KINDS)
+  if(NOT kind MATCHES "^(shared|static)$")
+    message(FATAL_ERROR "VANTORIUM_INSTALL_KINDS has `${kind}` in it: it takes shared, static or shared;static.")
+  endif()
+endforeach()
+if(NOT VANTORIUM_INSTALL_KINDS)
+  message(FATAL_ERROR "VANTORIUM_INSTALL_KINDS is empty: it takes shared, static or shared;static.")
+endif()
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vantorium)
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-file(RELATIVE_PATH VANTORIUM_UP_TO_PREFIX /${pkgconfig_dir} /)
-string(REGEX REPLACE "/$" "" VANTORIUM_UP_TO_PREFIX ${VANTORIUM_UP_TO_PREFIX})
+
+# The .pc files count from their own folder, so that the package may be moved; folders given in full stay as given.
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+  set(VANTORIUM_PC_PREFIX ${CMAKE_INSTALL_PREFIX})
+else()
+  file(RELATIVE_PATH VANTORIUM_PC_PREFIX /${pkgconfig_dir} /)
+  string(REGEX REPLACE "^(.*)/$" "\${pcfiledir}/\\1" VANTORIUM_PC_PREFIX ${VANTORIUM_PC_PREFIX})
+endif()
+cmake_path(APPEND VANTORIUM_PC_LIBDIR "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
+cmake_path(APPEND VANTORIUM_PC_INCLUDEDIR "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
 
 # vantorium_install_library(<component> <file name> <runtime package> HEADERS <patterns>)
 function(vantorium_install_library component file_name runtime)

@@ -1,5 +1,6 @@
 # The libraries: each is compiled once and made from the same objects as an archive and as a shared library. In this
 # build vantorium::<component> is the archive unless BUILD_SHARED_LIBS asks for the other; an installed package has both.
+include(GNUInstallDirs)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/version.h.in ${PROJECT_BINARY_DIR}/include/vantorium/version.h @ONLY)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/exports.map.in ${PROJECT_BINARY_DIR}/exports.map @ONLY)
 
@@ -50,7 +51,8 @@ endfunction()
 function(vantorium_public_headers target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-                             $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include> $<INSTALL_INTERFACE:include>)
+                             $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>
+                             $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 endfunction()
 
 # Shows what is marked for it and nothing else, needs what it calls and nothing else, and stays loaded once it is: its

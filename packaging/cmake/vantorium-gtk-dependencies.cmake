@@ -1,5 +1,8 @@
 # The GTK host's headers are gtkmm's; its archive is linked with the rest of what it uses.
-find_dependency(PkgConfig)
+find_package(PkgConfig QUIET)  # not find_dependency: this component may be an optional one
+if(NOT PkgConfig_FOUND)
+  _vantorium_fail("vantorium::gtk needs pkg-config, which is not installed.")
+endif()
 macro(_vantorium_gtk_module variable module)
   pkg_check_modules(${variable} QUIET IMPORTED_TARGET ${module})
   if(NOT ${variable}_FOUND)

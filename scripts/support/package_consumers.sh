@@ -35,12 +35,8 @@ consume_cmake() { # folder option...
 # What goes wrong in find_package is said in words that help.
 cmake_tells() {
   local project=$work/wrong
-  mkdir -p "$project"
   told() { # components expected
-    printf 'cmake_minimum_required(VERSION 3.16)\nproject(wrong LANGUAGES C)\nfind_package(vantorium %s)\n' "$1" \
-      >"$project/CMakeLists.txt"
-    rm -rf "$project/build"
-    if configure_consumer "$project" "$project/build" >"$work/told" 2>&1; then
+    if configure_for "$1" "$elsewhere" >"$work/told" 2>&1; then
       echo "find_package(vantorium $1) should fail and does not."
       return 1
     fi
@@ -50,6 +46,25 @@ cmake_tells() {
   told "REQUIRED COMPONENTS core static" "add CXX to the LANGUAGES of project()"
   told "REQUIRED COMPONENTS shared static" "exclude each other"
   told "9.0 REQUIRED" 'compatible with requested version "9.0"'
+}
+
+# A package of archives alone is found by those who ask for no kind; an optional component that lacks what it needs is
+# not there, and the rest is.
+cmake_makes_do() {
+  local project=$work/frugal
+  cp -r "$elsewhere" "$work/archives"
+  rm "$work/archives"/lib/*/cmake/vantorium/*-shared*.cmake
+  configure_for "REQUIRED COMPONENTS headless" "$work/archives" CXX -DBUILD_SHARED_LIBS=ON
+  PKG_CONFIG_LIBDIR=$work/nowhere configure_for "REQUIRED OPTIONAL_COMPONENTS gtk" "$elsewhere" CXX | tee "$work/said"
+  grep -x -e "-- core TRUE gtk " "$work/said"
+}
+
+configure_for() { # components prefix [language] [option...]
+  rm -rf "$project"
+  mkdir -p "$project"
+  printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' "project(asks LANGUAGES ${3:-C})" "find_package(vantorium $1)" \
+    'message(STATUS "core ${vantorium_core_FOUND} gtk ${vantorium_gtk_FOUND}")' >"$project/CMakeLists.txt"
+  cmake -S "$project" -B "$project/build" -DCMAKE_PREFIX_PATH="$2" "${@:4}"
 }
 
 package_flags() { PKG_CONFIG_PATH=$libdir/pkgconfig pkg-config "$@" vantorium-headless; }

@@ -30,7 +30,7 @@ finish() {
 }
 
 build_package() {
-  cmake --preset package && cmake --build "$tree"
+  cmake --preset package -DVANTORIUM_WERROR=ON && cmake --build "$tree"
 }
 
 # A package that knows where it was built works nowhere else. Programs may not name it either: it is nobody's business.
