@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
+#include <map>
 #include <stdexcept>
 
 namespace vantorium::headless {
@@ -11,21 +13,29 @@ using nlohmann::json;
 
 namespace {
 
+/// A fact cannot have a value: what it takes.
+struct Expected : std::invalid_argument {
+  using std::invalid_argument::invalid_argument;
+};
+
 std::optional<std::string> text(const json& value) {
-  return value.is_null() ? std::nullopt : std::optional(value.get<std::string>());
+  if (value.is_null()) return std::nullopt;
+  if (!value.is_string()) throw Expected("a text, or null");
+  return value.get<std::string>();
 }
 
-float number(const json& value) {
-  constexpr double most = 1e6;
-  const double wide = value.get<double>();
-  if (!(std::abs(wide) <= most)) throw std::invalid_argument("it is too large");
-  return static_cast<float>(wide);
+double number(const json& value, double most) {
+  if (!value.is_number() || !(std::abs(value.get<double>()) <= most))
+    throw Expected(fmt::format("a number of at most {:g}, or null", most));
+  return value.get<double>();
 }
+
+float shortNumber(const json& value) { return static_cast<float>(number(value, 1e6)); }
 
 std::int64_t bytes(const json& value) {
   constexpr double most = 9e18;
   if (!value.is_number_integer() || std::abs(value.get<double>()) > most)
-    throw std::invalid_argument("it is no number of bytes");
+    throw Expected("a whole number of bytes, or null");
   return value.get<std::int64_t>();
 }
 
@@ -34,46 +44,127 @@ BatteryState batteryState(const json& value) {
   if (value == "full") return BatteryState::full;
   if (value == "unplugged") return BatteryState::unplugged;
   if (value == "unknown" || value.is_null()) return BatteryState::unknown;
-  throw std::invalid_argument("a battery state is charging, full, unplugged or unknown");
+  throw Expected("charging, full, unplugged, unknown or null");
+}
+
+/// A list or an object of texts.
+template <typename Texts>
+Texts texts(const json& value, bool isOfKind, const char* kind) {
+  const auto isText = [](const json& each) { return each.is_string(); };
+  if (!isOfKind || !std::all_of(value.begin(), value.end(), isText)) throw Expected(kind);
+  return value.get<Texts>();
+}
+
+template <typename Texts>
+Texts listOfTexts(const json& value) {
+  return texts<Texts>(value, value.is_array(), "a list of texts, or null");
+}
+
+std::map<std::string, std::string> objectOfTexts(const json& value) {
+  return texts<std::map<std::string, std::string>>(value, value.is_object(), "an object of texts, or null");
 }
 
 SdkBundle sdkBundle(const json& dictionary) {
-  if (!dictionary.is_object()) throw std::invalid_argument("a bundle is an object");
+  if (!dictionary.is_object()) throw Expected("an object, or null");
   const auto found = dictionary.find("CFBundleShortVersionString");
   if (found == dictionary.end()) return {};
   if (found->is_string()) return {found->get<std::string>()};
   if (found->is_boolean()) return {found->get<bool>()};
   if (found->is_number_integer()) return {found->get<std::int64_t>()};
   if (found->is_number()) return {found->get<double>()};
-  throw std::invalid_argument("a bundle's version is a text, a number or a boolean");
+  throw Expected("an object whose CFBundleShortVersionString is a text, a number or a boolean");
+}
+
+/// Reads a value that may be null, which leaves what an unset fact has.
+template <typename Fact, typename Read>
+void assign(Fact& fact, const json& value, const Read& read, Fact unset = Fact{}) {
+  fact = value.is_null() ? std::move(unset) : Fact(read(value));
+}
+
+struct Device {
+  DeviceFacts& facts;
+  std::set<std::string>& existingPaths;
+};
+
+using Change = void (*)(Device device, const json& value);
+
+const DeviceFacts& unset() {
+  static const DeviceFacts facts;
+  return facts;
+}
+
+const std::map<std::string, Change>& changes() {
+  static const std::map<std::string, Change> all{
+      {"systemVersion", [](Device d, const json& v) { d.facts.systemVersion = text(v).value_or(""); }},
+      {"model", [](Device d, const json& v) { d.facts.model = text(v).value_or(""); }},
+      {"hardware", [](Device d, const json& v) { d.facts.machine = text(v).value_or(""); }},
+      {"batteryState", [](Device d, const json& v) { d.facts.batteryState = batteryState(v); }},
+      {"batteryLevel",
+       [](Device d, const json& v) { assign(d.facts.batteryLevel, v, shortNumber, unset().batteryLevel); }},
+      {"volume", [](Device d, const json& v) { assign(d.facts.volume, v, shortNumber, unset().volume); }},
+      {"timezone", [](Device d, const json& v) { d.facts.timezone = text(v).value_or(unset().timezone); }},
+      {"languages",
+       [](Device d, const json& v) {
+         assign(d.facts.languages, v, listOfTexts<std::vector<std::string>>, unset().languages);
+       }},
+      {"locale", [](Device d, const json& v) { d.facts.locale = text(v).value_or(unset().locale); }},
+      {"carrier", [](Device d, const json& v) { d.facts.carrier = text(v); }},
+      {"trackingEnabled",
+       [](Device d, const json& v) {
+         if (!v.is_null() && !v.is_boolean()) throw Expected("true, false or null");
+         d.facts.trackingEnabled = v == true;
+       }},
+      {"idfa", [](Device d, const json& v) { d.facts.advertisingIdentifier = text(v); }},
+      {"freeSpace", [](Device d, const json& v) { assign(d.facts.freeSpace, v, bytes); }},
+      {"bundleIdentifier", [](Device d, const json& v) { d.facts.bundleIdentifier = text(v); }},
+      {"appVersion", [](Device d, const json& v) { d.facts.appVersion = text(v); }},
+      {"environment",
+       [](Device d, const json& v) { assign(d.facts.environment, v, objectOfTexts, unset().environment); }},
+      {"existingPaths",
+       [](Device d, const json& v) { assign(d.existingPaths, v, listOfTexts<std::set<std::string>>); }},
+      {"bundle", [](Device d, const json& v) { assign(d.facts.sdkBundle, v, sdkBundle); }},
+  };
+  return all;
+}
+
+std::string brief(const json& value) {
+  constexpr std::size_t longest = 200;
+  std::string text = value.dump(-1, ' ', true, json::error_handler_t::replace);
+  if (text.size() > longest) text = text.substr(0, longest) + "...";
+  return text;
+}
+
+std::string names() {
+  std::string all;
+  for (const auto& [name, change] : changes()) all += (all.empty() ? "" : ", ") + name;
+  return all;
 }
 
 }  // namespace
 
 HeadlessDevice::HeadlessDevice() {
-  DeviceFacts& facts = device_.facts;
-  facts.systemVersion = "12.1";
-  facts.model = "Headless";
-  facts.machine = "headless1,1";
-  facts.screenWidth = 390;
-  facts.screenHeight = 844;
-  facts.volume = 0.5F;
-  facts.batteryLevel = 0.75F;
-  facts.batteryState = BatteryState::unplugged;
-  facts.languages = {"en-US"};
-  facts.freeSpace = 64'000'000'000;
-  facts.bundleIdentifier = "org.example.app";
-  facts.appVersion = "1.0";
+  facts_.systemVersion = "12.1";
+  facts_.model = "Headless";
+  facts_.machine = "headless1,1";
+  facts_.screenWidth = 390;
+  facts_.screenHeight = 844;
+  facts_.volume = 0.5F;
+  facts_.batteryLevel = 0.75F;
+  facts_.batteryState = BatteryState::unplugged;
+  facts_.languages = {"en-US"};
+  facts_.freeSpace = 64'000'000'000;
+  facts_.bundleIdentifier = "org.example.app";
+  facts_.appVersion = "1.0";
 }
 
 DeviceFacts HeadlessDevice::facts() const {
   MutexLock lock(mutex_);
-  return device_.facts;
+  return facts_;
 }
 
 bool HeadlessDevice::fileExists(const std::string& path) const {
   MutexLock lock(mutex_);
-  return device_.existingPaths.contains(path);
+  return existingPaths_.contains(path);
 }
 
 bool HeadlessDevice::createFile(const std::string& /*path*/) { return false; }
@@ -86,65 +177,27 @@ std::optional<std::string> HeadlessDevice::set(const std::string& fact, const js
 
 std::optional<std::string> HeadlessDevice::set(const json& facts) {
   MutexLock lock(mutex_);
-  Device changed = device_;
+  DeviceFacts changed = facts_;
+  std::set<std::string> paths = existingPaths_;
   for (const auto& [fact, value] : facts.items()) {
+    const auto change = changes().find(fact);
+    if (change == changes().end())
+      return fmt::format("There is no fact \"{}\". Expected one of {}.", fact, names());
     try {
-      change(changed, fact, value);
-    } catch (const std::exception& problem) {
-      return fmt::format("The fact \"{}\" cannot be {}: {}", fact,
-                         value.dump(-1, ' ', false, json::error_handler_t::replace), problem.what());
+      change->second({changed, paths}, value);
+    } catch (const Expected& expected) {
+      return fmt::format("The fact \"{}\" cannot be {}. Expected {}.", fact, brief(value), expected.what());
     }
   }
-  device_ = std::move(changed);
+  facts_ = std::move(changed);
+  existingPaths_ = std::move(paths);
   return std::nullopt;
 }
 
-void HeadlessDevice::change(Device& device, const std::string& fact, const json& value) {
-  DeviceFacts& facts = device.facts;
-  const DeviceFacts unset;
-  const bool gone = value.is_null();
-  if (fact == "systemVersion") {
-    facts.systemVersion = text(value).value_or("");
-  } else if (fact == "model") {
-    facts.model = text(value).value_or("");
-  } else if (fact == "hardware") {
-    facts.machine = text(value).value_or("");
-  } else if (fact == "batteryState") {
-    facts.batteryState = batteryState(value);
-  } else if (fact == "batteryLevel") {
-    facts.batteryLevel = gone ? unset.batteryLevel : number(value);
-  } else if (fact == "volume") {
-    facts.volume = gone ? unset.volume : number(value);
-  } else if (fact == "timezone") {
-    facts.timezone = text(value).value_or(unset.timezone);
-  } else if (fact == "languages") {
-    facts.languages = gone ? unset.languages : value.get<std::vector<std::string>>();
-  } else if (fact == "locale") {
-    facts.locale = text(value).value_or(unset.locale);
-  } else if (fact == "carrier") {
-    facts.carrier = text(value);
-  } else if (fact == "trackingEnabled") {
-    facts.trackingEnabled = !gone && value.get<bool>();
-  } else if (fact == "idfa") {
-    facts.advertisingIdentifier = text(value);
-  } else if (fact == "freeSpace") {
-    facts.freeSpace = gone ? std::nullopt : std::optional(bytes(value));
-  } else if (fact == "bundleIdentifier") {
-    facts.bundleIdentifier = text(value);
-  } else if (fact == "appVersion") {
-    facts.appVersion = text(value);
-  } else if (fact == "screen") {
-    facts.screenWidth = value.at(0).get<double>();
-    facts.screenHeight = value.at(1).get<double>();
-  } else if (fact == "environment") {
-    facts.environment = gone ? unset.environment : value.get<std::map<std::string, std::string>>();
-  } else if (fact == "existingPaths") {
-    device.existingPaths = gone ? std::set<std::string>{} : value.get<std::set<std::string>>();
-  } else if (fact == "bundle") {
-    facts.sdkBundle = gone ? std::nullopt : std::optional(sdkBundle(value));
-  } else {
-    throw std::invalid_argument("there is no fact of this name");
-  }
+void HeadlessDevice::setScreen(double width, double height) {
+  MutexLock lock(mutex_);
+  facts_.screenWidth = width;
+  facts_.screenHeight = height;
 }
 
 HeadlessReachability::State HeadlessReachability::state() const {

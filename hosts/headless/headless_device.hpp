@@ -22,22 +22,20 @@ class HeadlessDevice : public DeviceInformation {
 
   /// Sets one fact by its name in scripts: systemVersion, model, hardware, batteryState, batteryLevel,
   /// volume, timezone, languages, locale, carrier, trackingEnabled, idfa, freeSpace, bundleIdentifier,
-  /// appVersion, screen, environment, existingPaths, bundle (of the SDK itself: an object,
+  /// appVersion, environment, existingPaths, bundle (of the SDK itself: an object,
   /// "CFBundleShortVersionString" in it or not); null takes it away. Returns what is wrong with name or
-  /// value, or nothing.
+  /// value and what was expected, or nothing.
   std::optional<std::string> set(const std::string& fact, const nlohmann::json& value) EXCLUDES(mutex_);
   /// Sets all facts of an object, or none of them when something is wrong with one.
   std::optional<std::string> set(const nlohmann::json& facts) EXCLUDES(mutex_);
 
- private:
-  struct Device {
-    DeviceFacts facts;
-    std::set<std::string> existingPaths;
-  };
-  static void change(Device& device, const std::string& fact, const nlohmann::json& value);
+  /// The size of the screen in points.
+  void setScreen(double width, double height) EXCLUDES(mutex_);
 
+ private:
   mutable Mutex mutex_;
-  Device device_ GUARDED_BY(mutex_);
+  DeviceFacts facts_ GUARDED_BY(mutex_);
+  std::set<std::string> existingPaths_ GUARDED_BY(mutex_);
 };
 
 /// The network as the script says it is. Starts reachable over WiFi. Any thread.

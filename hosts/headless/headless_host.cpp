@@ -11,6 +11,11 @@ using nlohmann::json;
 
 namespace {
 
+constexpr const char* noPage =
+    "No screen with a page is in front. Expected one, such as an offer wall or an end card: show it first.";
+constexpr const char* noVideo =
+    "No screen with a video is in front. Expected one: show an ad with a video first.";
+
 class Probe : public ReachabilityProbe {
  public:
   explicit Probe(std::shared_ptr<HeadlessReachability> network) : network_(std::move(network)) {}
@@ -117,41 +122,41 @@ std::shared_ptr<ScriptedWebEngine> Host::frontWebEngine() {
 
 Host::Refusal Host::navigate(const std::string& url, WebViewNavigationType type) {
   const auto engine = frontWebEngine();
-  if (!engine) return "No screen with a page is in front.";
+  if (!engine) return noPage;
   engine->navigate(url, type);
   return std::nullopt;
 }
 
 Host::Refusal Host::failPage(const std::string& text) {
   const auto engine = frontWebEngine();
-  if (!engine) return "No screen with a page is in front.";
+  if (!engine) return noPage;
   engine->fail(scriptedError(text));
   return std::nullopt;
 }
 
 Host::Refusal Host::moveVideo(double position, double duration) {
   const auto player = frontPlayer();
-  if (!player) return "No screen with a video is in front.";
+  if (!player) return noVideo;
   player->moveTo(position, duration);
   return std::nullopt;
 }
 
 Host::Refusal Host::videoEvent(const std::string& event, const std::string& error) {
   const auto player = frontPlayer();
-  if (!player) return "No screen with a video is in front.";
+  if (!player) return noVideo;
   return player->comeTo(event, error);
 }
 
 Host::Refusal Host::setVideoSize(double width, double height) {
   const auto player = frontPlayer();
-  if (!player) return "No screen with a video is in front.";
+  if (!player) return noVideo;
   player->setPresentationSize({width, height});
   return std::nullopt;
 }
 
 Host::Refusal Host::tap(const std::string& control) {
   const auto screen = application_.frontScreen();
-  if (!screen) return "No ad screen is in front.";
+  if (!screen) return "No ad screen is in front. Expected one: show an ad first.";
   if (control == "back") {
     screen->handleBack();
     return std::nullopt;
@@ -161,13 +166,14 @@ Host::Refusal Host::tap(const std::string& control) {
 
 Host::Refusal Host::finishStore() {
   const auto sheet = std::dynamic_pointer_cast<ScriptedStoreSheet>(application_.frontScreen());
-  if (!sheet) return "No store sheet is in front.";
+  if (!sheet)
+    return "No store sheet is in front. Expected one: have the page navigate to a store's address first.";
   sheet->finish();
   return std::nullopt;
 }
 
 void Host::setScreen(double width, double height) {
-  device_.set("screen", {width, height});
+  device_.setScreen(width, height);
   application_.setScreen({width, height});
 }
 

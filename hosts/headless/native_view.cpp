@@ -37,7 +37,7 @@ std::map<std::string, ui::Rect> places(ui::Size view) {
 /// What a tap on the medium of a native ad hits: the button over all of it.
 Refusal tapMedium(VantoriumNativeAdView& view) {
   const auto medium = view.outlets.mediaView.lock();
-  if (!medium) return "There is no control \"mediaView\".";
+  if (!medium) return noControl(view, "mediaView");
   std::shared_ptr<ui::View> button;
   forEachView(*medium, [&](ui::View& each) {
     if (dynamic_cast<ui::Button*>(&each) != nullptr) button = each.shared_from_this();

@@ -1,6 +1,9 @@
 #include "hosts/headless/view_tree.hpp"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <set>
 
 #include "platform/ui/layer.hpp"
 
@@ -41,17 +44,27 @@ std::shared_ptr<ScriptedWebEngine> webEngineIn(ui::View& root) {
   return found;
 }
 
+Refusal noControl(ui::View& root, const std::string& outlet) {
+  std::set<std::string> all;
+  forEachView(root, [&](ui::View& view) {
+    if (!view.outlet().empty()) all.insert(view.outlet());
+  });
+  const std::string expected =
+      all.empty() ? "a view with outlets" : fmt::format("one of {}", fmt::join(all, ", "));
+  return fmt::format("There is no control \"{}\". Expected {}.", outlet, expected);
+}
+
 Refusal tapControl(ui::View& root, const std::string& outlet) {
   std::shared_ptr<ui::View> target;
   forEachView(root, [&](ui::View& view) {
     if (view.outlet() == outlet) target = view.shared_from_this();
   });
-  if (!target) return fmt::format("There is no control \"{}\".", outlet);
+  if (!target) return noControl(root, outlet);
   return tapView(*target, outlet);
 }
 
 Refusal tapView(ui::View& view, const std::string& name) {
-  if (!isVisible(view)) return fmt::format("The control \"{}\" is hidden.", name);
+  if (!isVisible(view)) return fmt::format("The control \"{}\" is hidden. Expected one that is seen.", name);
   const auto self = view.shared_from_this();  // the tap may release the view's owner
   self->handleTap();
   return std::nullopt;

@@ -30,6 +30,11 @@ std::optional<json> parseJSON(std::string_view text, std::optional<Error>& error
     error = refusal(1, fmt::format("The JSON text is longer than {} bytes.", maxJSONBytes));
     return std::nullopt;
   }
+  // The parser would take a NUL for the end of the text, whatever follows.
+  if (text.find('\0') != std::string_view::npos) {
+    error = refusal(101, "The text is not JSON: it has a NUL byte in it.");
+    return std::nullopt;
+  }
   bool tooDeep = false;
   // The parser itself keeps no stack; it is the value it builds that must not become deep.
   const auto isShallow = [&tooDeep](int depth, json::parse_event_t event, const json&) {

@@ -92,7 +92,8 @@ TEST(JSONTest, RefusesWhatWouldExhaustTheProcessAndSaysWhy) {
   for (const std::string& hostile :
        {nested(maxJSONDepth + 1), nested(1'000'000), std::string(1'000'000, '['),
         std::string(maxJSONBytes + 1, ' '), std::string(), std::string("{\"a\":\xff}"),
-        std::string("\"") + std::string(100'000, 'x'), std::string("1e999")}) {
+        std::string("\"") + std::string(100'000, 'x'), std::string("1e999"), std::string("{}\0{}", 5),
+        std::string("{\"a\":\"\0\"}", 9)}) {
     error.reset();
     EXPECT_FALSE(parseJSON(hostile, error));
     ASSERT_TRUE(error);

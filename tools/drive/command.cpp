@@ -13,11 +13,27 @@ namespace {
 constexpr std::size_t longestQuote = 60;   // bytes
 constexpr double largestLength = 100'000;  // points
 
+/// Control characters come from the script's texts; an exception's own text would end at the first NUL.
+std::string onOneLine(const std::string& text) {
+  std::string line;
+  for (const char each : text) {
+    const auto byte = static_cast<unsigned char>(each);
+    if (byte < 0x20 || byte == 0x7f) {
+      line += fmt::format("\\u{:04x}", byte);
+    } else {
+      line += each;
+    }
+  }
+  return line;
+}
+
 }  // namespace
 
 std::string listed(const std::vector<std::string>& words) {
   return fmt::format("{}", fmt::join(words, ", "));
 }
+
+Refusal::Refusal(const std::string& text) : std::runtime_error(onOneLine(text)) {}
 
 std::string brief(const nlohmann::json& value) {
   std::string text = value.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace);

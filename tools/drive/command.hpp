@@ -14,9 +14,9 @@
 
 namespace vantorium::drive {
 
-/// A command cannot be played: what was wrong and what was expected, for the script's author.
+/// A command cannot be played: what was wrong and what was expected, for the script's author, on one line.
 struct Refusal : std::runtime_error {
-  using std::runtime_error::runtime_error;
+  explicit Refusal(const std::string& text);
 };
 
 /// What an `await` waited for did not come in time.

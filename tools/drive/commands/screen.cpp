@@ -31,7 +31,11 @@ void page(Stage& stage, const Command& command) {
 std::shared_ptr<headless::ScriptedPlayer> playerOf(Stage& stage, const Command& command) {
   const bool isInView = command.has("view");
   auto player = isInView ? headless::playerIn(*nativeViewOf(stage, command)) : stage.host().frontPlayer();
-  if (!player) check(command, isInView ? "The view shows no video." : "No screen with a video is in front.");
+  if (!player) {
+    check(command, isInView
+                       ? "The view shows no video. Expected one: populate it with an ad that has one."
+                       : "No screen with a video is in front. Expected one: show an ad with a video first.");
+  }
   return player;
 }
 
