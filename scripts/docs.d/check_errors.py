@@ -1,5 +1,6 @@
 """Holds the errors of docs/threads-and-errors.md against the source, both ways: a text of the page is one that the code
-has, and a text that the code gives to an error of the SDK is on the page."""
+has, and a text that the code gives to an error of the SDK is on the page. Of texts that are put together in other functions
+than the one that makes the error, and of what the C API says of wrong arguments, only the first way is held."""
 import re
 import sys
 from pathlib import Path

@@ -1,6 +1,6 @@
 """Names what the public headers declare without a comment. Doxygen itself says nothing of functions and types outside a
-class, nor of the values of an enumeration's parent. Of a C function every parameter and a result are to be described,
-in the comment's words or by \\param and \\return."""
+class, nor of the values of an enumeration's parent. A comment that describes one parameter by \\param
+describes them all; whether prose speaks of each is for the reader to judge."""
 import sys
 from pathlib import Path
 from xml.etree import ElementTree

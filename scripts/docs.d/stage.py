@@ -22,7 +22,7 @@ SCRIPTS = "examples/scripts/"
 # Headers in the order in which one needs them; those not named follow.
 ORDER = ["vantorium.hpp", "delegate.hpp", "error.hpp", "options.hpp", "parameters.hpp", "native_ad.hpp",
          "dispatch_queue.hpp", "gtk.hpp", "gtk_native_ads.hpp", "headless.hpp", "vantorium.h", "c/types.h", "c/error.h",
-         "c/options.h", "c/delegate.h", "c/queue.h", "c/native_ad.h", "gtk.h", "headless.h"]
+         "c/options.h", "c/delegate.h", "c/queue.h", "c/native_ad.h", "gtk.h", "headless.h", "version.h"]
 
 MEMBERS = "   :members:\n   :undoc-members:\n"
 OPTIONS = {"class": MEMBERS, "struct": MEMBERS, "union": MEMBERS, "file": "   :sections: detaileddescription\n"}
@@ -44,6 +44,8 @@ def site_path(path):
         return "api/index.md", ""
     if path.startswith(HEADERS):
         return page_of(path[len(HEADERS):]).replace(".rst", ".md"), ""
+    if path == "cmake/version.h.in":
+        return "api/version-h.md", ""
     if path.startswith(SCRIPTS):
         return "scripts.md", path[len(SCRIPTS):].replace(".", "")
     return ("scripts.md", "") if path + "/" == SCRIPTS else None
@@ -105,7 +107,7 @@ def declarations(name, doxygen):
         place = element.find("location")
         if kind == "typedef" and title in named:
             continue  # C's second name of it
-        if place is None or place.get("file") != HEADERS + name or title.rpartition("::")[0] in inside:
+        if place is None or not place.get("file").endswith(HEADERS + name) or title.rpartition("::")[0] in inside:
             continue
         title += re.sub(r"\)[^)]*$", ")", rest) if kind == "function" else ""
         options = OPTIONS.get(kind, "")
@@ -113,9 +115,11 @@ def declarations(name, doxygen):
     return [row for _, row in sorted(rows.items())]
 
 
-def write_headers(root, doxygen, out):
-    """A page for each public header, filled by what Doxygen has read, and a list of them."""
-    names = [file.relative_to(root / HEADERS).as_posix() for file in (root / HEADERS).rglob("*.h*")]
+def write_headers(root, made, doxygen, out):
+    """A page for each public header, those that the build makes included, filled by what Doxygen has read; and a list
+    of them."""
+    folders = [root / HEADERS, made / "vantorium"]
+    names = [file.relative_to(folder).as_posix() for folder in folders for file in folder.rglob("*.h*")]
     names.sort(key=lambda name: (ORDER.index(name) if name in ORDER else len(ORDER), name))
     for name in names:
         text = f"{name}\n{'=' * len(name)}\n\n.. code-block:: cpp\n\n   #include <vantorium/{name}>\n\n"
@@ -134,7 +138,7 @@ def write_scripts(root, out):
 
 
 def main():
-    root, doxygen, out = (Path(each) for each in sys.argv[1:4])
+    root, made, doxygen, out = (Path(each) for each in sys.argv[1:5])
     shutil.rmtree(out, ignore_errors=True)
     for file in sorted((root / "docs").rglob("*")):
         inside = file.relative_to(root / "docs")
@@ -146,7 +150,7 @@ def main():
     for source, page in BESIDE.items():
         if page != "index.md":
             copy_page(root, source, page, out)
-    write_headers(root, doxygen, out)
+    write_headers(root, made, doxygen, out)
     write_scripts(root, out)
     with open(out / "index.md", "a", encoding="utf-8") as index:
         for caption, pages in NAVIGATION:
