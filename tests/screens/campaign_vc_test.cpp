@@ -29,7 +29,8 @@ TEST_F(CampaignScreen, RewardedVideoRunsToItsRewardAndClick) {
   EXPECT_DOUBLE_EQ(world.view("durationTimerView")["progress"], 0.3);
   EXPECT_TRUE(world.isHidden("skipVideoButton"));
   EXPECT_TRUE(world.isHidden("skipVideoTimerView"));
-  EXPECT_EQ(host().tap("skipVideoButton"), "The control \"skipVideoButton\" is hidden.");
+  EXPECT_EQ(host().tap("skipVideoButton"),
+            "The control \"skipVideoButton\" is hidden. Expected one that is seen.");
   host().tap("back");
   EXPECT_FALSE(world.isHidden("playerPlaceholder")) << "a rewarded video is owed to its end";
 
