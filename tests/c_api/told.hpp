@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include <vantorium/vantorium.h>
 
@@ -51,6 +52,43 @@ struct Told {
   }
   static void free(void* data) { ++static_cast<Told*>(data)->frees; }
   bool isOver() const { return calls == 1 && frees == 1; }
+};
+
+/// A delegate that notes what it hears.
+struct Listener {
+  std::vector<std::string> lines;
+  int frees = 0;
+  std::function<void()> then;  ///< done inside each method
+
+  void note(const std::string& line) {
+    lines.push_back(line);
+    if (then) then();
+  }
+  static Listener& of(void* data) { return *static_cast<Listener*>(data); }
+  static vantorium_delegate_methods methods() {
+    return {
+        .size = sizeof(vantorium_delegate_methods),
+        .did_receive_reward =
+            [](void* data, const char* placement, std::int64_t amount) {
+              of(data).note("reward " + std::string(placement) + " " + std::to_string(amount));
+            },
+        .did_precache = [](void* data,
+                           const char* placement) { of(data).note("precached " + std::string(placement)); },
+        .did_fail_precache =
+            [](void* data, const char* placement, vantorium_error* error) {
+              of(data).note("failed " + std::string(placement) + " " +
+                            std::to_string(vantorium_error_code(error)));
+            },
+        .did_receive_click = [](void* data,
+                                const char* placement) { of(data).note("click " + std::string(placement)); },
+        .did_configure = [](void* data) { of(data).note("configured"); },
+        .did_fail_configure =
+            [](void* data, vantorium_error* error) {
+              of(data).note("unconfigured " + std::to_string(vantorium_error_code(error)));
+            },
+    };
+  }
+  static void free(void* data) { ++of(data).frees; }
 };
 
 }  // namespace vantorium::testing
