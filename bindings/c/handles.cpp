@@ -10,18 +10,19 @@ namespace vantorium::c {
 
 namespace {
 
+/// With its article, if it takes one.
 const char* nameOf(Kind kind) {
   switch (kind) {
     case Kind::error:
-      return "error";
+      return "an error";
     case Kind::queue:
-      return "queue";
+      return "a queue";
     case Kind::work:
       return "work";
     case Kind::host:
-      return "host";
+      return "a host";
     case Kind::delegate:
-      return "delegate";
+      return "a delegate";
     case Kind::parameters:
       return "parameters";
     case Kind::nativeAdOptions:
@@ -29,31 +30,30 @@ const char* nameOf(Kind kind) {
     case Kind::mediaViewOptions:
       return "media view options";
     case Kind::serverParameter:
-      return "server parameter";
+      return "a server parameter";
     case Kind::nativeAd:
-      return "native ad";
+      return "a native ad";
     case Kind::nativeAdAsset:
-      return "native ad asset";
+      return "a native ad asset";
     case Kind::nativeAdView:
-      return "native ad view";
+      return "a native ad view";
   }
-  return "object";
+  return "an object";
 }
 
 HandleTable::Found checked(HandleTable::Found found, const void* handle, HandleTable::Kinds kinds,
                            const char* argument) {
   using Outcome = HandleTable::Outcome;
   const char* const wanted = nameOf(*kinds.begin());
-  if (handle == nullptr) refuse(fmt::format("\"{}\" is null. Give a handle of a {}.", argument, wanted));
+  if (handle == nullptr) refuse(fmt::format("\"{}\" is null. Give a handle of {}.", argument, wanted));
   switch (found.outcome) {
     case Outcome::found:
       return found;
     case Outcome::noHandle:
-      refuse(fmt::format("\"{}\" is no handle, or one that was given up. Give a handle of a {}.", argument,
+      refuse(fmt::format("\"{}\" is no handle, or one that was given up. Give a handle of {}.", argument,
                          wanted));
     case Outcome::otherKind:
-      refuse(
-          fmt::format("\"{}\" is a handle of a {}. Give one of a {}.", argument, nameOf(found.kind), wanted));
+      refuse(fmt::format("\"{}\" is a handle of {}. Give one of {}.", argument, nameOf(found.kind), wanted));
     case Outcome::otherThread:
       break;
   }

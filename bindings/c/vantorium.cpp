@@ -31,7 +31,7 @@ std::shared_ptr<VantoriumAdOptions> anyOptions(vantorium_ad_options* options) {
 }
 
 Vantorium::AdOptions allOptions(vantorium_ad_options* const* options, std::size_t count) {
-  if (options == nullptr && count > 0) refuse("\"options\" is null, but \"options_count\" is not 0.");
+  if (options == nullptr && count > 0) refuse(R"("options" is null, but "options_count" is not 0.)");
   Vantorium::AdOptions all;
   for (std::size_t index = 0; index < count; ++index) all.push_back(anyOptions(options[index]));
   return all;

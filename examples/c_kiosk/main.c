@@ -51,7 +51,18 @@ static GtkWidget* label_in(GtkWidget* box, const char* style) {
   return label;
 }
 
-/* A row with an icon, two lines of text and a button, each connected to the outlet of its name. */
+/* Every native ad is marked as one, and has the icon that leads to its privacy policy. */
+static GtkWidget* mark_in(GtkWidget* box) {
+  GtkWidget* line = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 6);
+  GtkWidget* privacy = gtk_image_new();
+  gtk_label_set_text(GTK_LABEL(label_in(line, "caption")), "Advertisement");
+  gtk_image_set_pixel_size(GTK_IMAGE(privacy), 16);
+  gtk_box_append(GTK_BOX(line), privacy);
+  gtk_box_append(GTK_BOX(box), line);
+  return privacy;
+}
+
+/* A row with an icon, three lines of text and a button, each connected to the outlet of its name. */
 static GtkWidget* make_row(vantorium_host* host) {
   GtkWidget* row = vantorium_gtk_native_ad_view_new(host, GTK_ORIENTATION_HORIZONTAL, 12);
   GtkWidget* icon = gtk_image_new();
@@ -64,7 +75,7 @@ static GtkWidget* make_row(vantorium_host* host) {
   gtk_box_append(GTK_BOX(row), icon);
   gtk_box_append(GTK_BOX(row), texts);
   gtk_box_append(GTK_BOX(row), button);
-  gtk_label_set_text(GTK_LABEL(label_in(texts, "caption")), "Advertisement");
+  vantorium_gtk_native_ad_view_connect(row, "privacyPolicyImageView", mark_in(texts));
   vantorium_gtk_native_ad_view_connect(row, "iconImageView", icon);
   vantorium_gtk_native_ad_view_connect(row, "appNameLabel", label_in(texts, "heading"));
   vantorium_gtk_native_ad_view_connect(row, "appDeveloperLabel", label_in(texts, "dim-label"));

@@ -17,12 +17,12 @@ Directories directoriesOf(const HostOptions& options) {
   return {fs::path(g_get_user_cache_dir()) / name, fs::path(g_get_user_config_dir()) / name};
 }
 
-// One write, so that lines of several threads do not mix.
+// One write, so that lines of several threads do not mix; to standard error, for the other one is the
+// application's.
 void printLine(std::string_view line) {
   std::string whole(line);
   whole += '\n';
-  std::fwrite(whole.data(), 1, whole.size(), stdout);
-  std::fflush(stdout);
+  std::fwrite(whole.data(), 1, whole.size(), stderr);
 }
 
 }  // namespace

@@ -114,7 +114,7 @@ void ImageLoader::decode(const std::shared_ptr<const ui::Image>& image) {
   });
 }
 
-void ImageLoader::finish(const std::string& identity, Picture picture) {
+void ImageLoader::finish(const std::string& identity, const Picture& picture) {
   Entry& entry = pictures_[identity];
   entry.isBroken = !picture;
   entry.kept = picture;

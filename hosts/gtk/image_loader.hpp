@@ -57,7 +57,7 @@ class ImageLoader : public std::enable_shared_from_this<ImageLoader> {
     std::uint64_t lastUse = 0;
   };
   void decode(const std::shared_ptr<const ui::Image>& image);
-  void finish(const std::string& identity, Picture picture);
+  void finish(const std::string& identity, const Picture& picture);
   void makeRoom();
 
   using Key = std::tuple<std::string, int, int, int, bool>;

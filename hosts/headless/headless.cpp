@@ -1,9 +1,13 @@
 // What applications see of the headless host.
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <cstdio>
 
 #include <vantorium/headless.hpp>
 
 #include "hosts/headless/headless_host.hpp"
+#include "hosts/headless/home.hpp"
 #include "hosts/headless/native_view.hpp"
 
 namespace vantorium::headless {
@@ -43,12 +47,17 @@ const char* nameOf(VideoEnd end) {
   return "";
 }
 
-constexpr double longest = 1e9;  // seconds; more would not fit the clocks in the long run
+constexpr double longest = 1e9;          // seconds; more would not fit the clocks in the long run
+constexpr double longestSide = 100'000;  // points
 constexpr const char* noVideo = "The view has no video. Populate it with an ad that has one.";
 
 }  // namespace
 
 std::shared_ptr<vantorium::Host> makeHost(HostOptions options) {
+  if (const auto refusal = makeHome(options.home)) {
+    fmt::print(stderr, "vantorium: {}\n", *refusal);
+    return nullptr;
+  }
   const auto clock = options.virtualTime ? ClockKind::virtualTime : ClockKind::realTime;
   return std::make_shared<Host>(Host::Options{.home = std::move(options.home), .clock = clock});
 }
@@ -124,7 +133,8 @@ std::vector<std::string> takeEvents(vantorium::Host& host) {
 }
 
 std::shared_ptr<VantoriumNativeAdView> makeNativeAdView(vantorium::Host& host, double width, double height) {
-  if (headlessHost(host) == nullptr) return nullptr;
+  const auto isLength = [](double length) { return length >= 0 && length <= longestSide; };
+  if (headlessHost(host) == nullptr || !isLength(width) || !isLength(height)) return nullptr;
   auto view = std::make_shared<VantoriumNativeAdView>(host, ui::Rect{0, 0, width, height});
   for (const std::string& outlet : VantoriumNativeAdView::outletNames()) view->makeOutlet(outlet);
   layOut(*view);

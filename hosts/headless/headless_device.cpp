@@ -26,7 +26,7 @@ std::optional<std::string> text(const json& value) {
 
 double number(const json& value, double most) {
   if (!value.is_number() || !(std::abs(value.get<double>()) <= most))
-    throw Expected(fmt::format("a number of at most {:g}, or null", most));
+    throw Expected(fmt::format("a number of at most {:.0f}, or null", most));
   return value.get<double>();
 }
 

@@ -14,9 +14,9 @@
 extern "C" {
 #endif
 
-/** Makes the host. `home` is the folder of its settings and caches, made when needed: two hosts with the
- *  same home, one after the other, are two launches of one installation. With `virtual_time` time stands
- *  still until `vantorium_headless_advance`. Null on failure. */
+/** Makes the host. `home` is the folder of its settings and caches, made unless it is there: two hosts with
+ *  the same home, one after the other, are two launches of one installation. With `virtual_time` time stands
+ *  still until `vantorium_headless_advance`. Null on failure, such as a home that cannot be written to. */
 VANTORIUM_API vantorium_host* vantorium_headless_host_new(const char* home, bool virtual_time);
 /** Runs the main queue until `done` answers true, asked with `user_data` after each piece of work. False
  *  when `timeout` seconds of real time have passed first. */
@@ -59,8 +59,8 @@ VANTORIUM_API char* vantorium_headless_snapshot(vantorium_host* host);
  *  it. To be freed with `vantorium_free_text`; null on failure. */
 VANTORIUM_API char* vantorium_headless_take_events(vantorium_host* host);
 
-/** A place for a native ad, of the given size in points, with all outlets. It is not seen until
- *  `vantorium_headless_set_seen`. Null on failure. */
+/** A place for a native ad, of the given size in points, each side from 0 to 100,000, with all outlets. It
+ *  is not seen until `vantorium_headless_set_seen`. Null on failure. */
 VANTORIUM_API vantorium_native_ad_view* vantorium_headless_native_ad_view_new(vantorium_host* host,
                                                                               double width, double height);
 /** Puts the view into the application's window, or takes it out. */

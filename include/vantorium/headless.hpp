@@ -29,14 +29,15 @@ namespace headless {
 
 /// Where a host keeps things, and how its time goes.
 struct HostOptions {
-  /// Folder of settings and caches, made when needed. Two hosts with the same home, one after the other, are
-  /// two launches of one installation.
+  /// Folder of settings and caches, made unless it is there. Two hosts with the same home, one after the
+  /// other, are two launches of one installation.
   std::filesystem::path home;
   /// Time stands still until `advance`; waiting for the network does not move it. Otherwise it is real.
   bool virtualTime = true;
 };
 
-/// Makes the host. Keep it for the life of the process.
+/// Makes the host. Keep it for the life of the process. Null, with a word on standard error, when the home
+/// is empty or no folder that can be written to.
 VANTORIUM_API std::shared_ptr<vantorium::Host> makeHost(HostOptions options);
 
 /// Runs the main queue until `done` answers true, asked after each piece of work; false when `timeout`
@@ -80,7 +81,8 @@ VANTORIUM_API std::string snapshot(vantorium::Host& host);
 VANTORIUM_API std::vector<std::string> takeEvents(vantorium::Host& host);
 
 /// A place for a native ad, of the given size in points, with all outlets; the medium fills it. It is not
-/// seen until `setSeen`. Null when this is no headless host. The host outlives it.
+/// seen until `setSeen`. Null when this is no headless host, or a side is not from 0 to 100,000. The host
+/// outlives it.
 VANTORIUM_API std::shared_ptr<VantoriumNativeAdView> makeNativeAdView(vantorium::Host& host, double width,
                                                                       double height);
 /// Puts the view into the application's window, or takes it out.

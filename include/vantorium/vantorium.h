@@ -42,10 +42,10 @@ VANTORIUM_API bool vantorium_set_host(vantorium_host* host);
  *  for addresses that may not be a service's. */
 VANTORIUM_API bool vantorium_set_developer_settings(const char* base_url, const char* widget_url,
                                                     const char* trusted_certificate);
-/** Takes away an ad that is shown, ends all work under way (each completion hears of it, on its queue: run
- *  the main loop once more to hear those) and stops the SDK's network within a second. Afterwards there is
- *  no host. False, and nothing happens, on another thread than the main one; without a host it does nothing
- *  and is true. */
+/** Takes away an ad that is shown, whose completion is called before this returns; ends all other work under
+ *  way (each completion hears of it on its queue: run the main loop once more to hear those); and stops the
+ *  SDK's network within a second. Afterwards there is no host. False, and nothing happens, on another thread
+ * than the main one; without a host it does nothing and is true. */
 VANTORIUM_API bool vantorium_shutdown(void);
 
 /** "configureWithAppID:parameters:queue:completion:": introduces the application to the service.

@@ -30,7 +30,7 @@ struct DeveloperSettings {
   std::string baseURL{};
   /// Address of the offer wall's host, likewise; empty for the real one.
   std::string widgetURL{};
-  /// PEM file of a certificate to trust besides the system's; empty for none.
+  /// PEM file of a certificate to trust besides the system's; one that can be read, or empty for none.
   std::filesystem::path trustedCertificate{};
 };
 
@@ -62,10 +62,10 @@ class VANTORIUM_API Vantorium {
   /// Accepted right after `setHost`, before the SDK is used; refused afterwards, and for addresses that may
   /// not be a service's, with an error that says what is wrong. Nothing changes then.
   static std::optional<Error> setDeveloperSettings(const DeveloperSettings& settings);
-  /// Takes away an ad that is shown, ends all work under way (each completion hears of it, on its queue: the
-  /// main loop must run once more for those) and stops the SDK's network within a second. Main thread.
-  /// Afterwards, as before `setHost`, there is no host. An application that just exits need not call it: the
-  /// network stops by itself then, as quickly.
+  /// Takes away an ad that is shown, whose completion is called before this returns; ends all other work
+  /// under way (each completion hears of it on its queue, the main loop must run once more for those); and
+  /// stops the SDK's network within a second. Main thread. Afterwards, as before `setHost`, there is no host.
+  /// An application that just exits need not call it: the network stops by itself then, as quickly.
   static void shutdown();
 
   /// Introduces the application to the service. On success the SDK is configured, and if `autoCaching` is on

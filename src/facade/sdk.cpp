@@ -1,11 +1,27 @@
 #include "facade/sdk.hpp"
 
+#include <fmt/format.h>
+#include <unistd.h>
+
 #include <utility>
 
 #include "protocol/service_url.hpp"
 #include "screens/base_view_controller.hpp"
 
 namespace vantorium {
+
+namespace {
+
+/// Of a missing file nothing would be heard until the first exchange.
+std::optional<Error> checkCertificate(const std::filesystem::path& file) {
+  std::error_code ignored;
+  const bool canBeRead = std::filesystem::is_regular_file(file, ignored) && access(file.c_str(), R_OK) == 0;
+  if (file.empty() || canBeRead) return std::nullopt;
+  return VantoriumError::internalError(
+      fmt::format("The trusted certificate \"{}\" cannot be read. Give a PEM file.", file.string()));
+}
+
+}  // namespace
 
 std::shared_ptr<Sdk> Sdk::make(std::shared_ptr<Host> host) {
   auto sdk = std::make_shared<Sdk>(std::move(host));
@@ -26,6 +42,7 @@ void Sdk::wire() {
 std::optional<Error> Sdk::setServiceConfiguration(ServiceConfiguration configuration) {
   if (auto error = checkServiceURL(configuration.baseURL)) return error;
   if (auto error = checkServiceURL(configuration.widgetURL)) return error;
+  if (auto error = checkCertificate(configuration.trustedCertificate)) return error;
   MutexLock lock(mutex_);
   if (isInUse_) {
     return VantoriumError::internalError(

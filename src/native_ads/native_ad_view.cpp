@@ -20,7 +20,7 @@ using OutletMaker = std::function<std::shared_ptr<ui::View>(Outlets& outlets, Ho
 template <typename Class>
 OutletMaker plain(std::weak_ptr<Class> Outlets::*outlet) {
   return [outlet](Outlets& outlets, Host&) {
-    const auto view = std::make_shared<Class>();
+    auto view = std::make_shared<Class>();
     outlets.*outlet = view;
     return view;
   };
@@ -37,13 +37,13 @@ const std::map<std::string, OutletMaker>& outletMakers() {
       {"imageView", plain(&Outlets::imageView)},
       {"mediaView",
        [](Outlets& outlets, Host& host) {
-         const auto view = VantoriumMediaView::make(host);
+         auto view = VantoriumMediaView::make(host);
          outlets.mediaView = view;
          return view;
        }},
       {"ratingView",
        [](Outlets& outlets, Host&) {
-         const auto view = VantoriumRatingView::make();
+         auto view = VantoriumRatingView::make();
          outlets.ratingView = view;
          return view;
        }},

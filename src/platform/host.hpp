@@ -32,7 +32,7 @@ class VANTORIUM_HOST_API Host {
   virtual Directories directories() const = 0;
   /// Null when the platform offers none.
   virtual std::unique_ptr<ReachabilityProbe> makeReachabilityProbe() = 0;
-  /// Writes one line (given without its end) to the application's console.
+  /// Writes one line (given without its end) to the console: standard error, where there is such a thing.
   virtual void print(std::string_view line) = 0;
   /// Asks the platform to let the application work on while it moves to the background, for as long as the
   /// token lives. Null where the platform does not stop applications.

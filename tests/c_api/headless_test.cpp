@@ -23,6 +23,18 @@ TEST(CHeadless, TimeGoesOnWhateverAdvancesIt) {
   EXPECT_FALSE(vantorium_headless_advance(real, 1)) << "time is real there";
 }
 
+TEST(CHeadless, KeepsThingsInAFolderThatCanBeMade) {
+  for (const char* home : {"", "/dev/null/home", "/proc/home"}) {
+    EXPECT_EQ(vantorium_headless_host_new(home, true), nullptr) << home;
+    EXPECT_NE(textOf(vantorium_last_error()).find("home"), std::string::npos);
+  }
+  const CWorld world;
+  for (const double side : {-1.0, std::nan(""), 1e9})
+    EXPECT_EQ(vantorium_headless_native_ad_view_new(world.host, 390, side), nullptr) << side;
+  EXPECT_FALSE(vantorium_set_developer_settings("http://127.0.0.1:1", nullptr, "/no/such.pem"));
+  EXPECT_NE(textOf(vantorium_last_error()).find("/no/such.pem"), std::string::npos);
+}
+
 TEST(CHeadless, ViewsOutliveTheHandleOfTheirHost) {
   CWorld world;
   ASSERT_TRUE(world.configure());

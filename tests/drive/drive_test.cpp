@@ -149,6 +149,12 @@ TEST_F(Drive, AwaitsAnyLineThatAnsweredNoAwaitBefore) {
   EXPECT_NE(played.complaints.find("line 6: await: no line with {\"tag\":\"second\"}"), std::string::npos)
       << played.complaints;
   EXPECT_EQ(played.count({{"event", "result"}}), 0U) << "nothing is played after it";
+
+  const Played other = play(R"({"do":"canView","placement":"p"}
+{"do":"await","event":{"of":"canView","success":true},"timeout":0.1}
+)");
+  EXPECT_NE(other.complaints.find("the nearest one was {\"error\":{\"code\":1,"), std::string::npos)
+      << other.complaints;
 }
 
 TEST_F(Drive, HoldsAConversation) {
@@ -292,6 +298,8 @@ TEST_F(Drive, AHiddenControlCannotBeTapped) {
 TEST_F(Drive, RefusesArgumentsThatItCannotUse) {
   for (const std::vector<std::string>& wrong : {std::vector<std::string>{"--clock", "lunar"},
                                                 {"--base-url", "http://ads.example"},
+                                                {"--base-url", ""},
+                                                {"--home", ""},
                                                 {"--ca", "/nowhere"},
                                                 {"--home", "/dev/null/x"},
                                                 {"/no/such/script"},

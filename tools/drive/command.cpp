@@ -10,7 +10,6 @@ namespace vantorium::drive {
 
 namespace {
 
-constexpr std::size_t longestQuote = 60;   // bytes
 constexpr double largestLength = 100'000;  // points
 
 /// Control characters come from the script's texts; an exception's own text would end at the first NUL.
@@ -35,9 +34,9 @@ std::string listed(const std::vector<std::string>& words) {
 
 Refusal::Refusal(const std::string& text) : std::runtime_error(onOneLine(text)) {}
 
-std::string brief(const nlohmann::json& value) {
+std::string brief(const nlohmann::json& value, std::size_t longest) {
   std::string text = value.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace);
-  if (text.size() > longestQuote) text = text.substr(0, longestQuote) + "...";
+  if (text.size() > longest) text = text.substr(0, longest) + "...";
   return text;
 }
 

@@ -24,6 +24,15 @@ struct AwaitFailure : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// What can be said, of a table of what the words mean.
+template <typename Meaning>
+std::vector<std::string> wordsOf(const std::map<std::string, Meaning>& meanings) {
+  std::vector<std::string> words;
+  words.reserve(meanings.size());
+  for (const auto& [word, meaning] : meanings) words.push_back(word);
+  return words;
+}
+
 /// One line of a script. The getters throw `Refusal` when a field has another type than the one asked for;
 /// those without "IfAny" also when it is missing.
 class Command {
@@ -73,10 +82,7 @@ class Command {
                  const std::map<std::string, Meaning>& meanings) const {
     const auto found = meanings.find(word);
     if (found != meanings.end()) return found->second;
-    std::vector<std::string> words;
-    words.reserve(meanings.size());
-    for (const auto& [known, meaning] : meanings) words.push_back(known);
-    refuseWord(field, word, words);
+    refuseWord(field, word, wordsOf(meanings));
   }
 
   /// The field is not what it should be.
@@ -95,7 +101,7 @@ class Command {
 
 /// The words, separated by commas.
 std::string listed(const std::vector<std::string>& words);
-/// The value as a short piece of JSON, for messages.
-std::string brief(const nlohmann::json& value);
+/// The value as a piece of JSON of about so many bytes at most, for messages.
+std::string brief(const nlohmann::json& value, std::size_t longest = 60);
 
 }  // namespace vantorium::drive

@@ -8,7 +8,10 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <vantorium/version.h>
+
 #include "drive/player.hpp"
+#include "hosts/headless/home.hpp"
 #include "platform/foundation/file_descriptor.hpp"
 
 namespace {
@@ -18,7 +21,7 @@ using namespace vantorium::drive;
 
 struct Arguments {
   StageOptions stage;
-  std::string baseURL, widgetURL, home, script = "-";
+  std::string baseURL, widgetURL, home, clock = "virtual", script = "-";
   bool isStable = false;
 };
 
@@ -33,11 +36,8 @@ class Home {
       path_ = temporary_ = name;
       return;
     }
-    std::error_code error;
-    std::filesystem::create_directories(given, error);
-    path_ = std::filesystem::canonical(given, error);
-    if (error || !std::filesystem::is_directory(path_))
-      throw Refusal(fmt::format("--home {}: is no folder and cannot be made one. Give another.", given));
+    path_ = given;
+    if (const auto refusal = headless::makeHome(path_)) throw Refusal("--home: " + *refusal);
   }
   ~Home() {
     std::error_code ignored;
@@ -84,18 +84,26 @@ ExitStatus play(const Arguments& arguments) {
 }
 
 void addOptions(CLI::App& app, Arguments& arguments) {
-  static const std::map<std::string, headless::ClockKind> clocks{
-      {"virtual", headless::ClockKind::virtualTime}, {"real", headless::ClockKind::realTime}};
-  app.add_option("--base-url", arguments.baseURL, "Address of the ad service; the real one when left out");
-  app.add_option("--widget-url", arguments.widgetURL, "Address of the offer wall's host, likewise");
+  // A script that was to play against a service of its own must not reach the real one by mistake.
+  const auto isGiven = CLI::Validator(
+      [](const std::string& given) {
+        return std::string(given.empty() ? "is empty; leave it out or give one" : "");
+      },
+      "");
+  app.set_version_flag("--version", "vantorium-drive " VANTORIUM_VERSION);
+  app.add_option("--base-url", arguments.baseURL, "Address of the ad service; the real one when left out")
+      ->check(isGiven);
+  app.add_option("--widget-url", arguments.widgetURL, "Address of the offer wall's host, likewise")
+      ->check(isGiven);
   app.add_option("--ca", arguments.stage.service.trustedCertificate,
                  "PEM file of a certificate to trust besides the system's")
       ->check(CLI::ExistingFile);
   app.add_option(
-      "--home", arguments.home,
-      "Folder for all that is kept: two runs with the same one are two launches of one installation");
-  app.add_option("--clock", arguments.stage.clock, "virtual: time stands still until \"advance\"; or real")
-      ->transform(CLI::CheckedTransformer(clocks));
+         "--home", arguments.home,
+         "Folder for all that is kept: two runs with the same one are two launches of one installation")
+      ->check(isGiven);
+  app.add_option("--clock", arguments.clock, "virtual: time stands still until \"advance\"; or real")
+      ->check(CLI::IsMember({"virtual", "real"}));
   app.add_flag("--stable", arguments.isStable, "Print placeholders for what differs from run to run");
   app.add_option("SCRIPT", arguments.script, "File of JSON lines; - (or nothing) for standard input");
 }
@@ -112,6 +120,7 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : static_cast<int>(ExitStatus::refused);
   }
+  if (arguments.clock == "real") arguments.stage.clock = headless::ClockKind::realTime;
   if (!arguments.baseURL.empty()) arguments.stage.service.baseURL = arguments.baseURL;
   if (!arguments.widgetURL.empty()) arguments.stage.service.widgetURL = arguments.widgetURL;
   std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone is noticed by the failing write

@@ -104,6 +104,19 @@ bool Output::claim(const json& fields, std::size_t& from) {
   return false;
 }
 
+json Output::nearest(const json& fields) const {
+  const auto flaws = [&](const Line& line) {
+    std::size_t count = 0;
+    for (const auto& [name, value] : fields.items()) count += line.has({{name, value}}) ? 0 : 1;
+    return count;
+  };
+  const MutexLock lock(mutex_);
+  for (auto line = lines_.rbegin(); fields.size() > 1 && line != lines_.rend(); ++line) {
+    if (flaws(*line) == 1) return line->printed.is_null() ? line->event : line->printed;
+  }
+  return nullptr;
+}
+
 void Output::close() {
   const MutexLock lock(mutex_);
   isClosed_ = true;

@@ -30,6 +30,8 @@ class Output {
   /// Looks from line `from` on for one that has all of the fields and was not claimed before; moves `from` to
   /// where to look next. A field that is an object asks for what it holds, any other for the same value.
   bool claim(const nlohmann::json& fields, std::size_t& from) EXCLUDES(mutex_);
+  /// The last line, claimed by nobody, that has all of the fields but one; null when none has.
+  nlohmann::json nearest(const nlohmann::json& fields) const EXCLUDES(mutex_);
   /// Nothing is printed from now on.
   void close() EXCLUDES(mutex_);
   /// Whether something could not be written: nobody reads any more, or the disk is full.

@@ -68,7 +68,12 @@ void Player::perform(const LineReader::Line& line) {
   }
   if (isBlank(line.text)) return;
   const Command command = Command::parse(line.text);
-  command.chosen("do", command.name(), commands_)(stage_, command);
+  const auto found = commands_.find(command.name());
+  if (found == commands_.end()) {
+    throw Refusal(fmt::format("There is no command {}. Expected one of {}.", brief(command.name()),
+                              listed(wordsOf(commands_))));
+  }
+  found->second(stage_, command);
   stage_.settle();
 }
 

@@ -66,6 +66,7 @@ int main(int argc, char** argv) {
   Options options;
   std::string certificateFile;
   bool verbose = false;
+  app.set_version_flag("--version", "vantorium-sandbox " VANTORIUM_SANDBOX_VERSION);
   app.add_option("--port", options.port, "Port on 127.0.0.1; 0 takes a free one")
       ->check(CLI::Range(0, 65535));
   const auto* tls = app.add_flag("--tls", options.tls, "Serve https with a certificate made at start");

@@ -6,6 +6,7 @@
 
 #include "bindings/c/call.hpp"
 #include "hosts/headless/headless_host.hpp"
+#include "hosts/headless/home.hpp"
 
 using namespace vantorium;
 using namespace vantorium::c;
@@ -47,7 +48,9 @@ headless::VideoEnd ending(vantorium_headless_video_end how) {
 
 vantorium_host* vantorium_headless_host_new(const char* home, bool virtual_time) {
   return call<vantorium_host*>(nullptr, [&] {
-    return giveHost(headless::makeHost({.home = text(home, "home"), .virtualTime = virtual_time}));
+    std::filesystem::path folder = text(home, "home");
+    if (const auto refusal = headless::makeHome(folder)) refuse(*refusal);
+    return giveHost(headless::makeHost({.home = folder, .virtualTime = virtual_time}));
   });
 }
 
@@ -116,8 +119,9 @@ char* vantorium_headless_take_events(vantorium_host* host) {
 vantorium_native_ad_view* vantorium_headless_native_ad_view_new(vantorium_host* host, double width,
                                                                 double height) {
   return call<vantorium_native_ad_view*>(nullptr, [&] {
-    return giveToThisThread<vantorium_native_ad_view>(
-        headless::makeNativeAdView(scripted(host), width, height));
+    auto view = headless::makeNativeAdView(scripted(host), width, height);
+    if (!view) refuse("\"width\" and \"height\" are no size. Give each from 0 to 100000 points.");
+    return giveToThisThread<vantorium_native_ad_view>(std::move(view));
   });
 }
 

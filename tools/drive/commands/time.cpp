@@ -8,6 +8,7 @@ namespace vantorium::drive {
 
 namespace {
 
+constexpr std::size_t longestLine = 500;         // bytes, in a complaint
 constexpr double defaultTimeout = 10;            // seconds
 constexpr double longestTimeout = 86'400;        // seconds
 constexpr double longestAdvance = 366 * 86'400;  // seconds
@@ -19,10 +20,12 @@ void awaitEvent(Stage& stage, const Command& command) {
   const bool came =
       stage.host().loop().runUntil([&] { return stage.output().claim(fields, next); }, Seconds{timeout});
   if (came) return;
-  throw AwaitFailure(
-      fmt::format("await: no line with {} came in {:g} s. Expected one that answered no await before; {} "
-                  "lines were printed.",
-                  brief(fields), timeout, next));
+  const auto nearest = stage.output().nearest(fields);
+  throw AwaitFailure(fmt::format(
+      "await: no line with {} came in {:g} s. Expected one that answered no await before; {} lines were "
+      "printed{}",
+      brief(fields, longestLine), timeout, next,
+      nearest.is_null() ? "." : ", the nearest one was " + brief(nearest, longestLine)));
 }
 
 void advance(Stage& stage, const Command& command) {
