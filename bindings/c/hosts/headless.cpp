@@ -120,7 +120,7 @@ vantorium_native_ad_view* vantorium_headless_native_ad_view_new(vantorium_host* 
                                                                 double height) {
   return call<vantorium_native_ad_view*>(nullptr, [&] {
     auto view = headless::makeNativeAdView(scripted(host), width, height);
-    if (!view) refuse("\"width\" and \"height\" are no size. Give each from 0 to 100000 points.");
+    if (!view) refuse(R"("width" and "height" are no size. Give each from 0 to 100000 points.)");
     return giveToThisThread<vantorium_native_ad_view>(std::move(view));
   });
 }
