@@ -69,8 +69,8 @@ install(FILES ${PROJECT_BINARY_DIR}/packaging/vantorium-config.cmake
   DESTINATION ${package_dir} COMPONENT libvantorium-dev)
 
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT libvantorium-dev)
-# As in the tree, so that the pages find each other.
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libvantorium-dev)
+# As in the tree, so that the pages find each other; what they say of sources is only found there.
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libvantorium-dev)
 install(FILES tools/sandbox/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/tools/sandbox COMPONENT libvantorium-dev)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libvantorium-dev)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)

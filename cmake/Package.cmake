@@ -46,8 +46,8 @@ vantorium_debian_package(libvantorium SECTION libs SUMMARY "advertising SDK, the
 on which applications test their ads without a screen."
   RECOMMENDS "ca-certificates")
 vantorium_debian_package(libvantorium-dev SECTION libdevel SUMMARY "advertising SDK, to build applications with"
-  TEXT "This package holds the headers for C++ and C, the archives, examples, and what
-CMake and pkg-config need to find them. Applications of GTK 4 need
+  TEXT "This package holds the headers for C++ and C, the archives, examples,
+documentation, and what CMake and pkg-config need to find them. Applications of GTK 4 need
 libvantorium-gtk and the packages suggested, too."
   DEPENDS "libvantorium ${this_version}, libcurl4-openssl-dev | libcurl-dev, libfmt-dev, libicu-dev, libminizip-dev, zlib1g-dev"
   RECOMMENDS "pkg-config, libvantorium-gtk ${this_version}"

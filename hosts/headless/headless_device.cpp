@@ -26,7 +26,7 @@ std::optional<std::string> text(const json& value) {
 
 double number(const json& value, double most) {
   if (!value.is_number() || !(std::abs(value.get<double>()) <= most))
-    throw Expected(fmt::format("a number of at most {:.0f}, or null", most));
+    throw Expected(fmt::format("a number from -{0:.0f} to {0:.0f}, or null", most));
   return value.get<double>();
 }
 
@@ -35,7 +35,7 @@ float shortNumber(const json& value) { return static_cast<float>(number(value, 1
 std::int64_t bytes(const json& value) {
   constexpr double most = 9e18;
   if (!value.is_number_integer() || std::abs(value.get<double>()) > most)
-    throw Expected("a whole number of bytes, or null");
+    throw Expected("a whole number of bytes up to 9e18, or null");
   return value.get<std::int64_t>();
 }
 

@@ -77,7 +77,7 @@ VANTORIUM_API std::optional<Error> finishStore(vantorium::Host& host);
 /// no ad is shown.
 VANTORIUM_API std::string snapshot(vantorium::Host& host);
 /// What happened since the last call, oldest first, each an object of JSON as scripted runs tell it:
-/// {"event":"presented",…}, "load", "player", "openURL" and so on.
+/// {"event":"presented",…}, "load", "player", "openURL", "console" and so on.
 VANTORIUM_API std::vector<std::string> takeEvents(vantorium::Host& host);
 
 /// A place for a native ad, of the given size in points, with all outlets; the medium fills it. It is not

@@ -39,13 +39,13 @@ VANTORIUM_API bool vantorium_set_host(vantorium_host* host);
  *  machine only: scheme, host and perhaps a port, without a trailing slash. `widget_url` is that of the
  *  offer wall's host, likewise, and `trusted_certificate` a PEM file to trust besides the system's; both
  *  may be null. Accepted right after `vantorium_set_host`, before the SDK is used; false afterwards, and
- *  for addresses that may not be a service's. */
+ *  for addresses that may not be a service's or a certificate that cannot be read. */
 VANTORIUM_API bool vantorium_set_developer_settings(const char* base_url, const char* widget_url,
                                                     const char* trusted_certificate);
 /** Takes away an ad that is shown, whose completion is called before this returns; ends all other work under
  *  way (each completion hears of it on its queue: run the main loop once more to hear those); and stops the
  *  SDK's network within a second. Afterwards there is no host. False, and nothing happens, on another thread
- * than the main one; without a host it does nothing and is true. */
+ *  than the main one; without a host it does nothing and is true. */
 VANTORIUM_API bool vantorium_shutdown(void);
 
 /** "configureWithAppID:parameters:queue:completion:": introduces the application to the service.

@@ -59,8 +59,9 @@ class VANTORIUM_API Vantorium {
   /// `internalError`, inside the call, and the others do nothing. Fails when there is a host already or
   /// `host` is null. The host is kept until the process ends.
   static std::optional<Error> setHost(std::shared_ptr<Host> host);
-  /// Accepted right after `setHost`, before the SDK is used; refused afterwards, and for addresses that may
-  /// not be a service's, with an error that says what is wrong. Nothing changes then.
+  /// Accepted right after `setHost`, before the SDK is used; refused afterwards, for addresses that may not
+  /// be a service's, and for a certificate that cannot be read, with an error that says what is wrong.
+  /// Nothing changes then.
   static std::optional<Error> setDeveloperSettings(const DeveloperSettings& settings);
   /// Takes away an ad that is shown, whose completion is called before this returns; ends all other work
   /// under way (each completion hears of it on its queue, the main loop must run once more for those); and

@@ -35,14 +35,15 @@ consume_cmake() { # folder option...
 # What goes wrong in find_package is said in words that help.
 cmake_tells() {
   local project=$work/wrong
-  told() { # components expected
-    if configure_for "$1" "$elsewhere" >"$work/told" 2>&1; then
+  told() { # components expected [language]
+    if configure_for "$1" "$elsewhere" "${3:-C}" >"$work/told" 2>&1; then
       echo "find_package(vantorium $1) should fail and does not."
       return 1
     fi
     tr -s ' \n' '  ' <"$work/told" | grep -F "$2" || { cat "$work/told"; return 1; }
   }
   told "REQUIRED COMPONENTS qt" 'The component `qt` is not installed as a shared library'
+  told "REQUIRED COMPONENTS qt static" "not installed as a static library in $elsewhere" CXX
   told "REQUIRED COMPONENTS core static" "add CXX to the LANGUAGES of project()"
   told "REQUIRED COMPONENTS shared static" "exclude each other"
   told "9.0 REQUIRED" 'compatible with requested version "9.0"'

@@ -32,7 +32,8 @@ class VANTORIUM_HOST_API Host {
   virtual Directories directories() const = 0;
   /// Null when the platform offers none.
   virtual std::unique_ptr<ReachabilityProbe> makeReachabilityProbe() = 0;
-  /// Writes one line (given without its end) to the console: standard error, where there is such a thing.
+  /// Writes one line (given without its end) to where the host's users look; not to standard output, which is
+  /// the application's.
   virtual void print(std::string_view line) = 0;
   /// Asks the platform to let the application work on while it moves to the background, for as long as the
   /// token lives. Null where the platform does not stop applications.

@@ -60,6 +60,7 @@ TEST(CEntryPoints, AreFoundBySelector) {
   EXPECT_TRUE(isCaching());
   EXPECT_STREQ(reinterpret_cast<Key>(vantorium_entry_point("dateOfBirthdayKey"))(), "dateOfBirth");
 }
+
 TEST(CRoad, OfARewardedVideo) {
   CWorld world;
   Listener listener;

@@ -84,7 +84,8 @@ ExitStatus play(const Arguments& arguments) {
 }
 
 void addOptions(CLI::App& app, Arguments& arguments) {
-  // A script that was to play against a service of its own must not reach the real one by mistake.
+  // A script that was to play against a service of its own must not reach the real one by mistake, nor begin
+  // in a new home when it was to go on in an old one.
   const auto isGiven = CLI::Validator(
       [](const std::string& given) {
         return std::string(given.empty() ? "is empty; leave it out or give one" : "");

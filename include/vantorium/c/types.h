@@ -13,7 +13,8 @@
  *  **Handles.** An object of the SDK is known by a handle, a pointer that points to nothing and is only
  *  given back. It counts references: a function that returns a handle, named `…_new` or `…_get…`, gives one
  *  that is the caller's, to be given up with `vantorium_release`; a handle that comes as an argument of a
- *  callback is lent for the call, and `vantorium_retain` keeps it. One object may have several handles, so
+ *  callback is lent for the call, and `vantorium_retain` keeps it (but the work that a queue's function gets
+ *  is the function's, see `vantorium_queue_new`). One object may have several handles, so
  *  they are not to be compared; no handle is ever used for a second object, so one that was given up, that
  *  is of another kind, or that is no handle at all is recognised.
  *

@@ -32,7 +32,10 @@ int main(int argc, char** argv) {
   }
   const std::string service = argv[1];
   const auto host = vantorium::headless::makeHost({.home = argv[2], .virtualTime = false});
-  Vantorium::setHost(host);
+  if (const auto error = Vantorium::setHost(host)) {
+    std::cerr << error->localizedDescription() << '\n';
+    return 1;
+  }
   Vantorium::setDeveloperSettings({.baseURL = service, .widgetURL = service, .trustedCertificate = {}});
   const auto problem = configureAt(service, *host);
   Vantorium::shutdown();
