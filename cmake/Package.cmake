@@ -46,9 +46,10 @@ vantorium_debian_package(libvantorium SECTION libs SUMMARY "advertising SDK, the
 on which applications test their ads without a screen."
   RECOMMENDS "ca-certificates")
 vantorium_debian_package(libvantorium-dev SECTION libdevel SUMMARY "advertising SDK, to build applications with"
-  TEXT "This package holds the headers for C++ and C, the archives, examples,
-documentation, and what CMake and pkg-config need to find them. Applications of GTK 4 need
-libvantorium-gtk and the packages suggested, too."
+  TEXT "This package holds the headers for C++ and C, the archives, examples, the
+documentation, and what CMake and pkg-config need to find them.
+Applications of GTK 4 need libvantorium-gtk and the packages suggested,
+too."
   DEPENDS "libvantorium ${this_version}, libcurl4-openssl-dev | libcurl-dev, libfmt-dev, libicu-dev, libminizip-dev, zlib1g-dev"
   RECOMMENDS "pkg-config, libvantorium-gtk ${this_version}"
   SUGGESTS "vantorium-tools, libgtkmm-4.0-dev, libwebkitgtk-6.0-dev, libgdk-pixbuf-2.0-dev, libpulse-dev, librtmp-dev, libssh2-1-dev, libkrb5-dev, libldap-dev")
