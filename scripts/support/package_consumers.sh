@@ -138,6 +138,12 @@ meet_service() { # command...
   return $code
 }
 
+# Another language finds the shared libraries and all it needs in them.
+call_from_python() {
+  LD_LIBRARY_PATH=$libdir timeout 60 python3 "$elsewhere/share/doc/vantorium/examples/python_ad_flow/ad_flow.py" \
+    "$service" "$(mktemp -d -p "$work")"
+}
+
 # The tools play an ad flow together.
 play_script() {
   timeout 60 "$elsewhere/bin/vantorium-drive" --base-url "$service" --widget-url "$service" \
