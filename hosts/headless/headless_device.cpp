@@ -7,11 +7,15 @@
 #include <map>
 #include <stdexcept>
 
+#include "hosts/headless/wording.hpp"
+
 namespace vantorium::headless {
 
 using nlohmann::json;
 
 namespace {
+
+constexpr std::size_t longestValue = 200;  // bytes, in a refusal
 
 /// A fact cannot have a value: what it takes.
 struct Expected : std::invalid_argument {
@@ -127,19 +131,6 @@ const std::map<std::string, Change>& changes() {
   return all;
 }
 
-std::string brief(const json& value) {
-  constexpr std::size_t longest = 200;
-  std::string text = value.dump(-1, ' ', true, json::error_handler_t::replace);
-  if (text.size() > longest) text = text.substr(0, longest) + "...";
-  return text;
-}
-
-std::string names() {
-  std::string all;
-  for (const auto& [name, change] : changes()) all += (all.empty() ? "" : ", ") + name;
-  return all;
-}
-
 }  // namespace
 
 HeadlessDevice::HeadlessDevice() {
@@ -182,11 +173,12 @@ std::optional<std::string> HeadlessDevice::set(const json& facts) {
   for (const auto& [fact, value] : facts.items()) {
     const auto change = changes().find(fact);
     if (change == changes().end())
-      return fmt::format("There is no fact \"{}\". Expected one of {}.", fact, names());
+      return fmt::format("There is no fact \"{}\". Expected one of {}.", fact, listed(wordsOf(changes())));
     try {
       change->second({changed, paths}, value);
     } catch (const Expected& expected) {
-      return fmt::format("The fact \"{}\" cannot be {}. Expected {}.", fact, brief(value), expected.what());
+      return fmt::format("The fact \"{}\" cannot be {}. Expected {}.", fact, brief(value, longestValue),
+                         expected.what());
     }
   }
   facts_ = std::move(changed);

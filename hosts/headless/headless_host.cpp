@@ -13,8 +13,6 @@ namespace {
 
 constexpr const char* noPage =
     "No screen with a page is in front. Expected one, such as an offer wall or an end card: show it first.";
-constexpr const char* noVideo =
-    "No screen with a video is in front. Expected one: show an ad with a video first.";
 
 class Probe : public ReachabilityProbe {
  public:

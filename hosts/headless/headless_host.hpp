@@ -86,6 +86,9 @@ class Host : public vantorium::Host {
   /// The front screen as JSON: screen, rotation, frame, views, web, player; null when no ad is shown.
   nlohmann::json snapshot();
   std::shared_ptr<ScriptedPlayer> frontPlayer();
+  /// What is said when there is none.
+  static constexpr const char* noVideo =
+      "No screen with a video is in front. Expected one: show an ad with a video first.";
   std::shared_ptr<ScriptedWebEngine> frontWebEngine();
 
  private:

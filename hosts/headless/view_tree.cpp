@@ -1,10 +1,10 @@
 #include "hosts/headless/view_tree.hpp"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <set>
 
+#include "hosts/headless/wording.hpp"
 #include "platform/ui/layer.hpp"
 
 namespace vantorium::headless {
@@ -50,7 +50,7 @@ Refusal noControl(ui::View& root, const std::string& outlet) {
     if (!view.outlet().empty()) all.insert(view.outlet());
   });
   const std::string expected =
-      all.empty() ? "a view with outlets" : fmt::format("one of {}", fmt::join(all, ", "));
+      all.empty() ? "a view with outlets" : "one of " + listed({all.begin(), all.end()});
   return fmt::format("There is no control \"{}\". Expected {}.", outlet, expected);
 }
 

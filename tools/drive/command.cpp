@@ -1,7 +1,6 @@
 #include "drive/command.hpp"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include "drive/dates.hpp"
 #include "model/json.hpp"
@@ -28,17 +27,7 @@ std::string onOneLine(const std::string& text) {
 
 }  // namespace
 
-std::string listed(const std::vector<std::string>& words) {
-  return fmt::format("{}", fmt::join(words, ", "));
-}
-
 Refusal::Refusal(const std::string& text) : std::runtime_error(onOneLine(text)) {}
-
-std::string brief(const nlohmann::json& value, std::size_t longest) {
-  std::string text = value.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace);
-  if (text.size() > longest) text = text.substr(0, longest) + "...";
-  return text;
-}
 
 Command Command::parse(const std::string& line) {
   std::optional<Error> error;

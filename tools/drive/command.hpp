@@ -9,10 +9,15 @@
 #include <utility>
 #include <vector>
 
+#include "hosts/headless/wording.hpp"
 #include "platform/foundation/clock.hpp"
 #include "platform/ui/geometry.hpp"
 
 namespace vantorium::drive {
+
+using headless::brief;
+using headless::listed;
+using headless::wordsOf;
 
 /// A command cannot be played: what was wrong and what was expected, for the script's author, on one line.
 struct Refusal : std::runtime_error {
@@ -23,15 +28,6 @@ struct Refusal : std::runtime_error {
 struct AwaitFailure : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
-
-/// What can be said, of a table of what the words mean.
-template <typename Meaning>
-std::vector<std::string> wordsOf(const std::map<std::string, Meaning>& meanings) {
-  std::vector<std::string> words;
-  words.reserve(meanings.size());
-  for (const auto& [word, meaning] : meanings) words.push_back(word);
-  return words;
-}
 
 /// One line of a script. The getters throw `Refusal` when a field has another type than the one asked for;
 /// those without "IfAny" also when it is missing.
@@ -98,10 +94,5 @@ class Command {
   std::string name_;
   Json tag_;
 };
-
-/// The words, separated by commas.
-std::string listed(const std::vector<std::string>& words);
-/// The value as a piece of JSON of about so many bytes at most, for messages.
-std::string brief(const nlohmann::json& value, std::size_t longest = 60);
 
 }  // namespace vantorium::drive

@@ -32,9 +32,8 @@ std::shared_ptr<headless::ScriptedPlayer> playerOf(Stage& stage, const Command& 
   const bool isInView = command.has("view");
   auto player = isInView ? headless::playerIn(*nativeViewOf(stage, command)) : stage.host().frontPlayer();
   if (!player) {
-    check(command, isInView
-                       ? "The view shows no video. Expected one: populate it with an ad that has one."
-                       : "No screen with a video is in front. Expected one: show an ad with a video first.");
+    check(command, isInView ? "The view shows no video. Expected one: populate it with an ad that has one."
+                            : headless::Host::noVideo);
   }
   return player;
 }
