@@ -19,11 +19,15 @@ TEST(Precache, RefusalsReachDelegateAndCompletion) {
 
   ASSERT_TRUE(world.configure());
   world.lines.clear();
-  world.sdk->precacheCampaigns(SdkWorld::rewarded, nullptr, world.noting("first"));
-  world.sdk->precacheCampaigns(SdkWorld::rewarded, nullptr, world.noting("second"));
-  ASSERT_TRUE(world.await("first true"));
+  {
+    const MutexLock hold(world.answering);
+    world.sdk->precacheCampaigns(SdkWorld::rewarded, nullptr, world.noting("first"));
+    world.sdk->precacheCampaigns(SdkWorld::rewarded, nullptr, world.noting("second"));
+    ASSERT_TRUE(world.host->loop().runUntil([&] { return world.lines.size() == 2; }));
+  }
   EXPECT_EQ(world.lines[0], "didFailPrecache rewarded-main 5");
   EXPECT_TRUE(world.lines[1].starts_with("second false This function is in progress"));
+  ASSERT_TRUE(world.await("first true"));
   EXPECT_EQ(world.requests("/api/campaigns"), 1U);
 }
 

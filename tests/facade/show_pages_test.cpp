@@ -35,7 +35,7 @@ struct ShowPages : ::testing::Test {
     VantoriumServerParameter parameter;
     parameter.parameters = std::map<std::string, std::string>{{"level", "3"}};
     showPopup(parameter);
-    return host().loop().runUntil([&] { return !host().snapshot().is_null(); }, Seconds{10});
+    return host().loop().runUntil([&] { return !host().snapshot().is_null(); });
   }
   bool awaitShown() {
     return host().loop().runUntil([&] { return lastLine().starts_with("show "); });

@@ -78,7 +78,7 @@ struct NativeWorld : SdkWorld {
   }
   /// Waits until the image view shows the picture at an address.
   bool awaitImage(const std::weak_ptr<ui::ImageView>& view, const std::string& url) {
-    return host->loop().runUntil([&] { return imageOf(view) == url; }, Seconds{10});
+    return host->loop().runUntil([&] { return imageOf(view) == url; });
   }
   /// What the host was asked to open so far.
   std::size_t opened(const std::string& url) const {

@@ -113,7 +113,7 @@ struct SdkWorld {
     return host->loop().runUntil([&] { return has(line); });
   }
   bool awaitEvents(const std::string& kind, std::size_t number = 1) {
-    return host->loop().runUntil([&] { return events(kind) >= number; }, Seconds{10});
+    return host->loop().runUntil([&] { return events(kind) >= number; });
   }
 
   bool configure(bool autoCaching = false) {
@@ -162,8 +162,12 @@ struct SdkWorld {
 
   TemporaryDirectory home;
   bool hasMonitor = true;
-  Bell bell;  ///< rings when the service records something
-  sandbox::Server server{sandbox::Options{.onRecord = [this](const nlohmann::json&) { bell.ring(); }}};
+  Bell bell;        ///< rings when the service records something
+  Mutex answering;  ///< while a test holds it, the service answers nothing
+  sandbox::Server server{sandbox::Options{.onRecord = [this](const nlohmann::json&) {
+    bell.ring();
+    const MutexLock turn(answering);
+  }}};
   std::vector<std::string> lines;
   std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>(lines);
   std::shared_ptr<headless::Host> host;
