@@ -8,6 +8,7 @@
 #include <vantorium/headless.h>
 
 #include "c_api/told.hpp"
+#include "platform/foundation/thread_annotations.hpp"
 #include "sandbox/server.hpp"
 #include "support/temporary_directory.hpp"
 
@@ -45,7 +46,9 @@ struct CWorld {
   }
 
   TemporaryDirectory home;
-  sandbox::Server server{sandbox::Options{}};
+  Mutex answering;  ///< while a test holds it, the service answers nothing
+  sandbox::Server server{
+      sandbox::Options{.onRecord = [this](const nlohmann::json&) { const MutexLock turn(answering); }}};
   Owned<vantorium_host> host{vantorium_headless_host_new(home.path().c_str(), true)};
 };
 

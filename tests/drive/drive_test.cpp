@@ -136,17 +136,16 @@ TEST_F(Drive, TellsWhereACompletionRuns) {
 }
 
 TEST_F(Drive, AwaitsAnyLineThatAnsweredNoAwaitBefore) {
-  server.setFaults({{"path", "/api/init"}, {"fault", "delay"}, {"seconds", 0.3}});
   const Played played = play(R"({"do":"set","autoCaching":false}
-{"do":"configure","appID":"app","tag":"first"}
-{"do":"configure","appID":"app","tag":"second"}
-{"do":"await","event":{"tag":"first","error":null}}
-{"do":"await","event":{"tag":"second","error":{"code":5}}}
-{"do":"await","event":{"tag":"second"},"timeout":0.1}
+{"do":"showCampaign","placement":"p","tag":"at once"}
+{"do":"configure","appID":"app","tag":"later"}
+{"do":"await","event":{"tag":"later","error":null}}
+{"do":"await","event":{"tag":"at once","error":{"code":1}}}
+{"do":"await","event":{"tag":"at once"},"timeout":0.1}
 {"do":"getLog"}
 )");
   EXPECT_EQ(played.status, 1) << "its line had answered already";
-  EXPECT_NE(played.complaints.find("line 6: await: no line with {\"tag\":\"second\"}"), std::string::npos)
+  EXPECT_NE(played.complaints.find("line 6: await: no line with {\"tag\":\"at once\"}"), std::string::npos)
       << played.complaints;
   EXPECT_EQ(played.count({{"event", "result"}}), 0U) << "nothing is played after it";
 

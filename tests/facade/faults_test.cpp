@@ -44,7 +44,8 @@ struct Faults : ::testing::TestWithParam<Case> {
   Faults() {
     ServiceConfiguration configuration;
     configuration.baseURL = world.server.baseURL();
-    configuration.limits.idleTimeout = std::chrono::milliseconds(300);
+    if (GetParam().fault["fault"] == "neverAnswers")
+      configuration.limits.idleTimeout = std::chrono::seconds(1);
     configuration.limits.bodyBytes = 2 * 1024 * 1024;
     world.sdk->setServiceConfiguration(configuration);
     world.sdk->context()->updateFlags([](SdkContext::Flags& flags) { flags.autoCaching = false; });
