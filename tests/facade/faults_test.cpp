@@ -44,6 +44,7 @@ struct Faults : ::testing::TestWithParam<Case> {
   Faults() {
     ServiceConfiguration configuration;
     configuration.baseURL = world.server.baseURL();
+    // Only what is silent for ever is given up soon: a busy machine may be silent for a while.
     if (GetParam().fault["fault"] == "neverAnswers")
       configuration.limits.idleTimeout = std::chrono::seconds(1);
     configuration.limits.bodyBytes = 2 * 1024 * 1024;
