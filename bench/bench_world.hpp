@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-#include "client/client.hpp"
+#include "facade/client.hpp"
 #include "facade/sdk.hpp"
 #include "hosts/headless/headless_host.hpp"
 #include "sandbox/server.hpp"

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -41,7 +42,7 @@ void configure(benchmark::State& state) {
 }
 BENCHMARK(configure)->UseManualTime()->Iterations(500)->Unit(benchmark::kMillisecond);
 
-/// `range` of the 10,000 campaigns have been shown.
+/// With as many campaigns as that, whose films are on disk.
 void isCampaignReady(benchmark::State& state) {
   sandbox::Server server{sandbox::Options{}};
   server.start();
@@ -50,15 +51,18 @@ void isCampaignReady(benchmark::State& state) {
   const auto host = makeHost(home, headless::ClockKind::virtualTime);
   const auto sdk = makeSdk(host, server.baseURL());
   configureAndWait(*sdk, *host);
-  for (int i = 0; i < 10'000; ++i) {
-    auto campaign = std::make_shared<Campaign>(nlohmann::json::object());
-    campaign->isUsed = i < state.range(0);
-    sdk->client()->cacheClient->add(campaign, "p");
+  const auto film = std::make_shared<StoredPath>(home.path() / "film.mp4");
+  std::ofstream(film->path()) << "film";
+  const auto creative = std::make_shared<Creative>();
+  creative->film = film;
+  for (int i = 0; i < state.range(0); ++i) {
+    sdk->client()->cacheClient.inventory->add(
+        {std::make_shared<Campaign>(nlohmann::json::object()), creative, host->clock().now()}, "p");
   }
   for (auto _ : state) benchmark::DoNotOptimize(sdk->isCampaignReady("p"));
   sdk->shutdown();
 }
-BENCHMARK(isCampaignReady)->Arg(0)->Arg(9'999)->Arg(10'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(isCampaignReady)->Arg(0)->Arg(1)->Arg(10'000)->Unit(benchmark::kMicrosecond);
 
 /// A template of 1 MiB, with the braces of styles and scripts, and 200 keys that each occur in it.
 void fillTemplate(benchmark::State& state) {

@@ -42,19 +42,23 @@ int precache(const std::vector<std::string>& urls) {
   const Home home;
   const auto host = makeHost(home, headless::ClockKind::realTime);
   const auto context = std::make_shared<SdkContext>(host);
-  Client client(context);
+  const Client client = Client::make(context, {});
+  std::vector<Download> downloads;
+  for (const auto& url : urls)
+    downloads.push_back(*planDownload("bench", url, (client.cacheClient.files->root() / "bench").string()));
   resetPeakMemory();
   const long before = statusNumber("/proc/self/status", "VmHWM");
   std::promise<bool> ended;
   const auto start = std::chrono::steady_clock::now();
-  client.cacheClient->precacheFiles("bench", urls, "", client.fileDownloader,
-                                    [&](bool success, auto&&) { ended.set_value(success); });
+  client.cacheClient.downloads->precacheFiles(downloads, [&](const auto& files) {
+    ended.set_value(std::ranges::all_of(files, [](const auto& file) { return static_cast<bool>(file); }));
+  });
   const bool success = ended.get_future().get();
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
   const long growth = statusNumber("/proc/self/status", "VmHWM") - before;
   fmt::print("{}\n",
              nlohmann::json{{"success", success}, {"seconds", taken.count()}, {"growth_kb", growth}}.dump());
-  client.shutdown();
+  client.session->shutdown();
   return success ? 0 : 1;
 }
 
@@ -128,17 +132,19 @@ int playable(const std::vector<std::string>& urls) {
   options.home = home.path();
   options.clock = headless::ClockKind::realTime;
   const auto host = std::make_shared<TimedHost>(options);
-  const auto client = std::make_shared<Client>(std::make_shared<SdkContext>(host));
+  const auto context = std::make_shared<SdkContext>(host);
+  const Client client = Client::make(context, {});
+  const auto unpackQueue = DispatchQueue::serial("bench.unpack");
   const auto start = std::chrono::steady_clock::now();
   std::vector<std::shared_ptr<CampaignController>> controllers;
   std::size_t succeeded = 0;
   std::size_t ended = 0;
   for (const std::string& url : urls) {
     const nlohmann::json campaign{{"type", "playable"}, {"zippedUrl", url}, {"tag", "<p>Hello</p>"}};
-    controllers.push_back(
-        std::make_shared<CampaignController>(std::make_shared<Campaign>(campaign), client, "bench"));
-    controllers.back()->precache(nullptr, [&](bool success, auto&&) {
-      succeeded += success ? 1 : 0;
+    controllers.push_back(std::make_shared<CampaignController>(std::make_shared<Campaign>(campaign), context,
+                                                               client.cacheClient, unpackQueue, "bench"));
+    controllers.back()->precache(nullptr, [&](const CampaignController::Outcome& creative) {
+      succeeded += creative ? 1 : 0;
       ++ended;
     });
   }
@@ -149,7 +155,7 @@ int playable(const std::vector<std::string>& urls) {
                                     {"longest_ms", host->timedQueue->longest.count() * 1000},
                                     {"pieces", host->timedQueue->pieces}}
                          .dump());
-  client->shutdown();
+  client.session->shutdown();
   return succeeded == urls.size() ? 0 : 1;
 }
 

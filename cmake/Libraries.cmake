@@ -19,7 +19,7 @@ function(vantorium_library component)
   set_target_properties(${name}_objects PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
                         C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   target_include_directories(${name}_objects PRIVATE ${arg_INCLUDES})
-  # What ships is for size: it halves the library, whose time goes into the network, the disk and zlib. Without LTO,
+  # What ships is for size: it halves the library, whose time goes into the network, the disk and ISA-L. Without LTO,
   # for an archive of it would only be read by the compiler that made it.
   target_compile_options(${name}_objects PRIVATE -ffunction-sections -fdata-sections $<$<CONFIG:Release>:-Os>)
   target_link_libraries(${name}_objects PRIVATE ${arg_PUBLIC} ${arg_PRIVATE} ${arg_HEADERS})

@@ -50,7 +50,7 @@ vantorium_debian_package(libvantorium-dev SECTION libdevel SUMMARY "advertising 
 documentation, and what CMake and pkg-config need to find them.
 Applications of GTK 4 need libvantorium-gtk and the packages suggested,
 too."
-  DEPENDS "libvantorium ${this_version}, libcurl4-openssl-dev | libcurl-dev, libfmt-dev, libicu-dev, libminizip-dev, zlib1g-dev"
+  DEPENDS "libvantorium ${this_version}, libcurl4-openssl-dev | libcurl-dev, libfmt-dev, libicu-dev, libisal-dev, libminizip-dev, zlib1g-dev"
   RECOMMENDS "pkg-config, libvantorium-gtk ${this_version}"
   SUGGESTS "vantorium-tools, libgtkmm-4.0-dev, libwebkitgtk-6.0-dev, libgdk-pixbuf-2.0-dev, libpulse-dev, librtmp-dev, libssh2-1-dev, libkrb5-dev, libldap-dev")
 if(VANTORIUM_GTK)

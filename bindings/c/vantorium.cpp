@@ -75,6 +75,12 @@ bool vantorium_set_developer_settings(const char* base_url, const char* widget_u
   });
 }
 
+bool vantorium_set_cache_settings(uint64_t budget, double campaign_lifetime) {
+  return perform([&] {
+    refuseIf(Vantorium::setCacheSettings({.budget = budget, .campaignLifetime = campaign_lifetime}));
+  });
+}
+
 bool vantorium_shutdown(void) {
   return perform([] {
     const auto main = mainThread();

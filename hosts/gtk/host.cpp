@@ -1,10 +1,10 @@
 #include "hosts/gtk/host.hpp"
 
-#include <cstdio>
 #include <utility>
 
 #include "hosts/gtk/media_player.hpp"
 #include "hosts/gtk/reachability_probe.hpp"
+#include "platform/foundation/console.hpp"
 
 namespace vantorium::gtk {
 
@@ -17,27 +17,19 @@ Directories directoriesOf(const HostOptions& options) {
   return {fs::path(g_get_user_cache_dir()) / name, fs::path(g_get_user_config_dir()) / name};
 }
 
-// One write, so that lines of several threads do not mix; to standard error, for the other one is the
-// application's.
-void printLine(std::string_view line) {
-  std::string whole(line);
-  whole += '\n';
-  std::fwrite(whole.data(), 1, whole.size(), stderr);
-}
-
 }  // namespace
 
 DesktopHost::DesktopHost(HostOptions options)
     : options_(std::move(options)),
       directories_(directoriesOf(options_)),
       device_(options_, directories_.preferences),
-      application_(options_.storeURL, printLine) {}
+      application_(options_.storeURL, printToConsole) {}
 
 std::unique_ptr<ReachabilityProbe> DesktopHost::makeReachabilityProbe() {
   return std::make_unique<RouteProbe>(device_.radioTechnology(), options_.treatLoopbackAsOnline);
 }
 
-void DesktopHost::print(std::string_view line) { printLine(line); }
+void DesktopHost::print(std::string_view line) { printToConsole(line); }
 
 std::shared_ptr<WebEngine> DesktopHost::makeWebEngine() {
   if (!web_) web_ = std::make_shared<WebContext>(directories_.caches / "page-filters", mainQueue_);

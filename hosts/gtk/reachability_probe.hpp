@@ -1,8 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
+#include "hosts/gtk/route_watch.hpp"
 #include "platform/net/reachability_probe.hpp"
 
 namespace vantorium::gtk {
@@ -17,10 +19,14 @@ class RouteProbe final : public ReachabilityProbe {
 
   std::optional<std::uint32_t> flags() override;
   std::optional<std::string> radioAccessTechnology() override { return radioTechnology_(); }
+  void setChangeHandler(std::function<void()> handler) override {
+    watch_ = std::make_unique<RouteWatch>(RouteWatch::openNews(), std::move(handler));
+  }
 
  private:
   std::function<std::optional<std::string>()> radioTechnology_;
   bool loopbackIsEnough_;
+  std::unique_ptr<RouteWatch> watch_;
 };
 
 }  // namespace vantorium::gtk

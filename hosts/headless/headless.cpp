@@ -1,14 +1,12 @@
 // What applications see of the headless host.
-#include <fmt/format.h>
-
 #include <algorithm>
-#include <cstdio>
 
 #include <vantorium/headless.hpp>
 
 #include "hosts/headless/headless_host.hpp"
 #include "hosts/headless/home.hpp"
 #include "hosts/headless/native_view.hpp"
+#include "platform/foundation/console.hpp"
 
 namespace vantorium::headless {
 
@@ -55,7 +53,7 @@ constexpr const char* noVideo = "The view has no video. Populate it with an ad t
 
 std::shared_ptr<vantorium::Host> makeHost(HostOptions options) {
   if (const auto refusal = makeHome(options.home)) {
-    fmt::print(stderr, "vantorium: {}\n", *refusal);
+    printToConsole("vantorium: " + *refusal);
     return nullptr;
   }
   const auto clock = options.virtualTime ? ClockKind::virtualTime : ClockKind::realTime;

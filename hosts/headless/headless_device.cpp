@@ -6,6 +6,7 @@
 #include <cmath>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 #include "hosts/headless/wording.hpp"
 
@@ -192,14 +193,24 @@ void HeadlessDevice::setScreen(double width, double height) {
   facts_.screenHeight = height;
 }
 
+HeadlessReachability::HeadlessReachability(std::shared_ptr<DispatchQueue> mainQueue)
+    : mainQueue_(std::move(mainQueue)) {}
+
 HeadlessReachability::State HeadlessReachability::state() const {
   MutexLock lock(mutex_);
   return state_;
 }
 
 void HeadlessReachability::setState(State state) {
-  MutexLock lock(mutex_);
-  state_ = std::move(state);
+  {
+    MutexLock lock(mutex_);
+    state_ = std::move(state);
+  }
+  mainQueue_->async([observers = observers_] { observers->call(); });
+}
+
+std::shared_ptr<void> HeadlessReachability::observe(std::function<void()> handler) {
+  return observers_->add(std::move(handler));
 }
 
 }  // namespace vantorium::headless

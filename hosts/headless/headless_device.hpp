@@ -1,10 +1,15 @@
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string>
 
+#include <vantorium/dispatch_queue.hpp>
+
 #include "platform/foundation/device_information.hpp"
+#include "platform/foundation/observers.hpp"
 #include "platform/foundation/thread_annotations.hpp"
 #include "platform/net/reachability_probe.hpp"
 
@@ -41,6 +46,9 @@ class HeadlessDevice : public DeviceInformation {
 /// The network as the script says it is. Starts reachable over WiFi. Any thread.
 class HeadlessReachability {
  public:
+  /// Changes are told on `mainQueue`.
+  explicit HeadlessReachability(std::shared_ptr<DispatchQueue> mainQueue);
+
   struct State {
     std::optional<std::uint32_t> flags = reachability_flags::reachable;
     std::optional<std::string> radio = {};
@@ -49,8 +57,12 @@ class HeadlessReachability {
   };
   State state() const EXCLUDES(mutex_);
   void setState(State state) EXCLUDES(mutex_);
+  /// Calls `handler` on the main queue after each `setState`, as long as the token is kept.
+  [[nodiscard]] std::shared_ptr<void> observe(std::function<void()> handler);
 
  private:
+  const std::shared_ptr<DispatchQueue> mainQueue_;
+  const std::shared_ptr<Observers> observers_ = std::make_shared<Observers>();
   mutable Mutex mutex_;
   State state_ GUARDED_BY(mutex_);
 };

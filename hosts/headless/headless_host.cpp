@@ -21,9 +21,13 @@ class Probe : public ReachabilityProbe {
   std::optional<std::string> radioAccessTechnology() override { return network_->state().radio; }
   bool reachableOnWWAN() const override { return network_->state().reachableOnWWAN; }
   bool isRunningOnDevice() const override { return network_->state().isRunningOnDevice; }
+  void setChangeHandler(std::function<void()> handler) override {
+    observation_ = network_->observe(std::move(handler));
+  }
 
  private:
   std::shared_ptr<HeadlessReachability> network_;
+  std::shared_ptr<void> observation_;
 };
 
 bool contains(const json& event, const json& fields) {
@@ -87,8 +91,8 @@ std::vector<json> Host::events() const {
 
 std::vector<json> Host::takeEvents() {
   MutexLock lock(eventsMutex_);
-  const auto first = events_.begin() + static_cast<std::ptrdiff_t>(std::exchange(taken_, events_.size()));
-  return {first, events_.end()};
+  awaited_ = 0;
+  return std::exchange(events_, {});
 }
 
 json Host::awaitEvent(const json& fields, double timeoutSeconds) {

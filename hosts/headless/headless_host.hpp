@@ -53,9 +53,9 @@ class Host : public vantorium::Host {
   nlohmann::json awaitEvent(const nlohmann::json& fields, double timeoutSeconds = 30);
 
   // What happened.
-  /// All events so far, in order. Any thread.
+  /// All events so far, in order, but for those that were taken. Any thread.
   std::vector<nlohmann::json> events() const EXCLUDES(eventsMutex_);
-  /// Those since the last call, or since the start.
+  /// Those since the last call, or since the start. They are forgotten, so that a host may run for long.
   std::vector<nlohmann::json> takeEvents() EXCLUDES(eventsMutex_);
   /// Adds an event of the script's own making to the stream. Any thread.
   void tell(nlohmann::json event) EXCLUDES(eventsMutex_);
@@ -98,12 +98,11 @@ class Host : public vantorium::Host {
   const std::shared_ptr<MainLoop> loop_;
   std::atomic<bool> hasReachabilityMonitor_;
   HeadlessDevice device_;
-  const std::shared_ptr<HeadlessReachability> reachability_ = std::make_shared<HeadlessReachability>();
+  const std::shared_ptr<HeadlessReachability> reachability_ = std::make_shared<HeadlessReachability>(loop_);
   EventSink observer_;
   mutable Mutex eventsMutex_;
   std::vector<nlohmann::json> events_ GUARDED_BY(eventsMutex_);
   std::size_t awaited_ = 0;
-  std::size_t taken_ GUARDED_BY(eventsMutex_) = 0;
   HeadlessApplication application_;
 };
 

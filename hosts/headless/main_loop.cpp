@@ -84,13 +84,14 @@ std::unique_ptr<Timer> MainLoop::schedule(Seconds interval, bool repeats, std::f
   entry->interval = std::max(whole(interval), Instant{0});
   entry->repeats = repeats;
   entry->handler = std::make_shared<std::function<void()>>(std::move(handler));
+  auto timer = std::make_unique<Handle>(weak_from_this(), entry);
   {
     const std::lock_guard lock(mutex_);
     entry->due = instantLocked() + entry->interval;
     timers_.emplace(entry->due, entry);
   }
   changed_.notify_one();
-  return std::make_unique<Handle>(weak_from_this(), std::move(entry));
+  return timer;
 }
 
 MainLoop::Instant MainLoop::instantLocked() const {

@@ -10,6 +10,8 @@
 
 namespace vantorium {
 
+class NativeAdController;
+
 namespace ui {
 class Image;
 }
@@ -49,6 +51,9 @@ class VANTORIUM_API VantoriumNativeAdAsset {
 /// One native ad: texts, icon and media that the application lays out itself. A field that the service left
 /// out, or sent with another type, has its default.
 ///
+/// The files that precaching saved belong to the ad: they are removed when its last reference goes. An asset
+/// that is held without its ad keeps none.
+///
 /// For threads see `VantoriumNativeAdAsset`. An ad may be shown in several views and several times; each of
 /// its events is reported once.
 class VANTORIUM_API VantoriumNativeAd {
@@ -85,6 +90,8 @@ class VANTORIUM_API VantoriumNativeAd {
   const std::shared_ptr<const ui::Image>& appIconImage() const;
 
  private:
+  friend class NativeAdController;
+  std::shared_ptr<const void> files_;  // keeps the files that precaching saved
   mutable std::optional<std::shared_ptr<const ui::Image>> appIconImage_;
 };
 

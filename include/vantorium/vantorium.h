@@ -42,6 +42,11 @@ VANTORIUM_API bool vantorium_set_host(vantorium_host* host);
  *  for addresses that may not be a service's or a certificate that cannot be read. */
 VANTORIUM_API bool vantorium_set_developer_settings(const char* base_url, const char* widget_url,
                                                     const char* trusted_certificate);
+/** How much is kept: `budget` bytes on disk of creatives that have been shown (256 MiB unless it is set), so
+ * that the next campaign with one of them need not fetch it; and for how many seconds, more than 0, a
+ * campaign waits to be shown before a newer one takes its place (a day). Accepted when
+ * `vantorium_set_developer_settings` is. */
+VANTORIUM_API bool vantorium_set_cache_settings(uint64_t budget, double campaign_lifetime);
 /** Takes away an ad that is shown, whose completion is called before this returns; ends all other work under
  *  way (each completion hears of it on its queue: run the main loop once more to hear those); and stops the
  *  SDK's network within a second. Afterwards there is no host. False, and nothing happens, on another thread
@@ -166,11 +171,12 @@ VANTORIUM_API void vantorium_report_native_ad_video_started(const char* impressi
 /** "reportNativeAdVideoEndedWithImpressionID:": likewise. */
 VANTORIUM_API void vantorium_report_native_ad_video_ended(const char* impression_id);
 
-/** "getLog": the diagnostic log so far, each line ended by "\n"; to be freed with `vantorium_free_text`.
- *  Empty unless the service has switched test mode on. Null only when memory ran out. */
+/** "getLog": the diagnostic log, each line ended by "\n": the newest lines, up to 1 MiB of them; when older
+ *  ones were dropped, its first line says so. To be freed with `vantorium_free_text`. Empty unless the
+ * service has switched test mode on. Null only when memory ran out. */
 VANTORIUM_API char* vantorium_get_log(void);
-/** "autoCachingTimerHandlerWithTimer:": what the SDK's own hourly timer calls when placements had nothing
- *  to precache: they are tried again, five times in a series. Not for applications; `timer` is ignored. */
+/** "autoCachingTimerHandlerWithTimer:": tries the placements that the SDK keeps precached again, as it
+ *  does by itself after failures. Not for applications; `timer` is ignored. */
 VANTORIUM_API void vantorium_auto_caching_timer_handler(void* timer);
 
 /** "isConfigured": whether an init exchange has succeeded. */

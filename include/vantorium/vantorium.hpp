@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -34,6 +35,16 @@ struct DeveloperSettings {
   std::filesystem::path trustedCertificate{};
 };
 
+/// How much the SDK keeps, and for how long.
+struct CacheSettings {
+  /// Bytes on disk of creatives that have been shown and are kept, so that the next campaign with one of them
+  /// need not fetch it. What waits to be shown comes on top. 0 keeps none.
+  std::uint64_t budget = std::uint64_t{256} << 20U;
+  /// Seconds after which a campaign that nobody has shown is replaced, as soon as a newer one has been
+  /// fetched. More than 0.
+  double campaignLifetime = 24 * 3600.0;
+};
+
 /// The one class that the application talks to. There are no instances: the functions stand for the one SDK
 /// of the process.
 ///
@@ -63,6 +74,9 @@ class VANTORIUM_API Vantorium {
   /// be a service's, and for a certificate that cannot be read, with an error that says what is wrong.
   /// Nothing changes then.
   static std::optional<Error> setDeveloperSettings(const DeveloperSettings& settings);
+  /// Accepted right after `setHost`, before the SDK is used; refused afterwards, and for a lifetime that is
+  /// no number above 0, with an error that says what is wrong. Nothing changes then.
+  static std::optional<Error> setCacheSettings(const CacheSettings& settings);
   /// Takes away an ad that is shown, whose completion is called before this returns; ends all other work
   /// under way (each completion hears of it on its queue, the main loop must run once more for those); and
   /// stops the SDK's network within a second. Main thread. Afterwards, as before `setHost`, there is no host.
@@ -95,8 +109,9 @@ class VANTORIUM_API Vantorium {
   /// The same, completing on the main queue.
   static void precacheCampaigns(const std::string& forPlacement, Completion completion);
 
-  /// Whether a campaign of the placement is on disk and has not been shown. Quick; false before `configure`
-  /// succeeded.
+  /// Whether a campaign of the placement is on disk and has not been shown. Quick, though it looks at the
+  /// disk: when somebody has removed the files of all that was ready, and `autoCaching` is on, they are
+  /// fetched again. False before `configure` succeeded.
   static bool isCampaignReady(const std::string& placementID);
 
   /// Asks the service whether an ad of the placement may be shown now. (false, none) is a refusal; an error
@@ -209,11 +224,13 @@ class VANTORIUM_API Vantorium {
   /// The video was seen to its end.
   static void reportNativeAdVideoEnded(const std::string& impressionID);
 
-  /// What the SDK's own hourly timer calls when the service had nothing to precache: tries the placements
-  /// that it keeps precached again, five times in a series. Not for applications.
+  /// Tries the placements that the SDK keeps precached again, as it does by itself after failures: after an
+  /// hour when the service had nothing, sooner when the network failed, and at once when the device comes
+  /// online. Not for applications.
   static void autoCachingTimerHandler();
 
-  /// The diagnostic log so far, each line ended by "\n". Empty unless the service has switched test mode on.
+  /// The diagnostic log, each line ended by "\n": the newest lines, up to 1 MiB of them; when older ones were
+  /// dropped, its first line says so. Empty unless the service has switched test mode on.
   static std::string getLog();
 
   /// Whether an init exchange has succeeded. The application may write it: set to false, the next `configure`

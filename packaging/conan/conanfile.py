@@ -41,9 +41,9 @@ class VantoriumConan(ConanFile):
         cmake_layout(self)
 
     def requirements(self):
-        self.requires("asio/[>=1.22 <2]")
         self.requires("fmt/[>=9 <11]")
         self.requires("icu/[>=72]")
+        self.requires("isa-l/[>=2.30 <3]")
         self.requires("libcurl/[>=7.88 <9]")
         self.requires("minizip/[>=1.2.13 <2]")
         self.requires("nlohmann_json/[>=3.11 <4]")
@@ -55,7 +55,9 @@ class VantoriumConan(ConanFile):
 
     def generate(self):
         CMakeDeps(self).generate()
-        PkgConfigDeps(self).generate()
+        modules = PkgConfigDeps(self)
+        modules.set_property("isa-l", "pkg_config_name", "libisal")  # as its own build names it
+        modules.generate()
         toolchain = CMakeToolchain(self)
         toolchain.variables["VANTORIUM_GTK"] = bool(self.options.gtk)
         toolchain.variables["VANTORIUM_INSTALL_KINDS"] = "shared" if self.options.shared else "static"
@@ -78,9 +80,10 @@ class VantoriumConan(ConanFile):
 
     def package_info(self):
         self.cpp_info.set_property("cmake_file_name", "vantorium")
-        linked = ["libcurl::libcurl", "fmt::fmt", "icu::icu-i18n", "icu::icu-uc", "minizip::minizip", "zlib::zlib"]
+        linked = ["libcurl::libcurl", "fmt::fmt", "icu::icu-i18n", "icu::icu-uc", "isa-l::isa-l", "minizip::minizip",
+                  "zlib::zlib"]
         # Only compiled in, yet a recipe has to say where each requirement goes.
-        compiled_in = ["asio::asio", "nlohmann_json::nlohmann_json"]
+        compiled_in = ["nlohmann_json::nlohmann_json"]
         self._component("core", "vantorium", linked + compiled_in)
         self._component("headless", "vantorium-headless", ["core", "fmt::fmt"])
         if self.options.gtk:

@@ -32,20 +32,48 @@ std::string temporaryName() {
 }  // namespace
 
 ConfinedFile::ConfinedFile(ConfinedFile&& other) noexcept
-    : file_(std::move(other.file_)),
-      folder_(other.folder_),
+    : folder_(std::move(other.folder_)),
       name_(std::move(other.name_)),
-      temporaryName_(std::move(other.temporaryName_)) {}
+      temporaryName_(std::move(other.temporaryName_)),
+      descriptor_(std::exchange(other.descriptor_, -1)),
+      isPending_(std::exchange(other.isPending_, false)) {}
 
 ConfinedFile::~ConfinedFile() {
-  if (!isOpen()) return;
-  const std::string& name = temporaryName_.empty() ? name_ : temporaryName_;
-  ::unlinkat(folder_, name.c_str(), 0);
+  if (isOpen()) ::close(descriptor_);
+  if (isPending_) ::unlinkat(folder_->get(), (temporaryName_.empty() ? name_ : temporaryName_).c_str(), 0);
+}
+
+int ConfinedFile::open(const std::string& name) {
+  descriptor_ = ::openat(folder_->get(), name.c_str(), newFileFlags, fileMode);
+  isPending_ = isOpen();
+  return isOpen() ? 0 : errno;
+}
+
+/// What stands in the file's place must be something that a file may take the place of.
+int ConfinedFile::checkReplaced(const ArchiveSource& source) const {
+  struct stat facts {};
+  if (::fstatat(folder_->get(), name_.c_str(), &facts, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+  if (S_ISDIR(facts.st_mode)) return EISDIR;
+  return source.isFile(facts.st_dev, facts.st_ino) ? ETXTBSY : 0;
+}
+
+ConfinedFile ConfinedFile::make(const OpenFolder& folder, const std::string& name, Existing existing,
+                                const ArchiveSource& source, int& error) {
+  ConfinedFile file(folder, name);
+  error = file.open(file.name_);
+  if (error != EEXIST || existing == Existing::keep) return file;
+  error = file.checkReplaced(source);
+  if (error != 0) return file;
+  do {
+    file.temporaryName_ = temporaryName();
+    error = file.open(file.temporaryName_);
+  } while (error == EEXIST);
+  return file;
 }
 
 int ConfinedFile::append(std::string_view bytes) const {
   while (!bytes.empty()) {
-    const ssize_t written = ::write(file_.get(), bytes.data(), bytes.size());
+    const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
     if (written < 0) return errno;
     bytes.remove_prefix(static_cast<std::size_t>(written));
@@ -53,21 +81,25 @@ int ConfinedFile::append(std::string_view bytes) const {
   return 0;
 }
 
-int ConfinedFile::setPermissions(mode_t mode) const { return ::fchmod(file_.get(), mode) == 0 ? 0 : errno; }
+int ConfinedFile::setPermissions(mode_t mode) const { return ::fchmod(descriptor_, mode) == 0 ? 0 : errno; }
 
 int ConfinedFile::keep() {
-  if (!temporaryName_.empty() && ::renameat(folder_, temporaryName_.c_str(), folder_, name_.c_str()) != 0) {
+  // Some file systems find out only now that there is no space. Linux closes it when it was interrupted, too.
+  if (::close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) return errno;
+  const int folder = folder_->get();
+  if (!temporaryName_.empty() && ::renameat(folder, temporaryName_.c_str(), folder, name_.c_str()) != 0)
     return errno;
-  }
-  file_ = FileDescriptor();
+  isPending_ = false;
   return 0;
 }
 
 ConfinedFolder::ConfinedFolder(const std::filesystem::path& path) {
   std::error_code failure;
   std::filesystem::create_directories(path, failure);
-  root_ = FileDescriptor(::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!root_.isOpen()) error_ = failure ? failure.value() : errno;
+  FileDescriptor root(::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!root.isOpen()) error_ = failure ? failure.value() : errno;
+  root_ = std::make_shared<const FileDescriptor>(std::move(root));
+  last_ = root_;
 }
 
 FileDescriptor ConfinedFolder::openOrMake(int parent, const std::string& name) {
@@ -81,59 +113,28 @@ FileDescriptor ConfinedFolder::openOrMake(int parent, const std::string& name) {
   return FileDescriptor(::openat(parent, name.c_str(), folderFlags));
 }
 
-bool ConfinedFolder::makeFolder(const std::string& folder) {
+OpenFolder ConfinedFolder::makeFolder(const std::string& folder) {
   error_ = 0;
-  if (folder == folderPath_) return true;
-  // Not kept while the walk may fail: it would be taken for the folder that is asked for next.
-  folderPath_.clear();
-  folder_ = FileDescriptor();
-  FileDescriptor walk;
+  if (last_ != nullptr && folder == lastPath_) return last_;
+  last_ = nullptr;
+  OpenFolder walk = root_;
   for (std::string_view rest = folder; !rest.empty();) {
     const std::string part(rest.substr(0, rest.find('/')));
     rest.remove_prefix(std::min(part.size() + 1, rest.size()));
-    walk = openOrMake(walk.isOpen() ? walk.get() : root_.get(), part);
-    if (!walk.isOpen()) {
+    auto next = openOrMake(walk->get(), part);
+    if (!next.isOpen()) {
       error_ = errno;
-      return false;
+      return nullptr;
     }
+    walk = std::make_shared<const FileDescriptor>(std::move(next));
   }
-  folder_ = std::move(walk);
-  folderPath_ = folder;
-  return true;
+  lastPath_ = folder;
+  last_ = walk;
+  return walk;
 }
 
-int ConfinedFolder::setFolderPermissions(mode_t mode) const {
-  return !folder_.isOpen() || ::fchmod(folder_.get(), mode) == 0 ? 0 : errno;
-}
-
-bool ConfinedFolder::mayReplace(const std::string& name, const ArchiveSource& source) {
-  struct stat facts {};
-  if (::fstatat(current(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) != 0) {
-    error_ = errno;
-  } else if (S_ISDIR(facts.st_mode)) {
-    error_ = EISDIR;
-  } else if (source.isFile(facts.st_dev, facts.st_ino)) {
-    error_ = ETXTBSY;
-  }
-  return error_ == 0;
-}
-
-ConfinedFile ConfinedFolder::makeFile(const EntryPath& path, Existing existing, const ArchiveSource& source) {
-  ConfinedFile file;
-  if (!makeFolder(path.folder)) return file;
-  file.folder_ = current();
-  file.name_ = path.name;
-  file.file_ = FileDescriptor(::openat(current(), path.name.c_str(), newFileFlags, fileMode));
-  error_ = file.isOpen() ? 0 : errno;
-  if (error_ != EEXIST || existing == Existing::keep) return file;
-  error_ = 0;
-  if (!mayReplace(path.name, source)) return file;
-  do {
-    file.temporaryName_ = temporaryName();
-    file.file_ = FileDescriptor(::openat(current(), file.temporaryName_.c_str(), newFileFlags, fileMode));
-    error_ = file.isOpen() ? 0 : errno;
-  } while (error_ == EEXIST);
-  return file;
+int setPermissions(const OpenFolder& folder, mode_t mode) {
+  return ::fchmod(folder->get(), mode) == 0 ? 0 : errno;
 }
 
 }  // namespace vantorium

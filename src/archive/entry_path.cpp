@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "archive/zip_limits.hpp"
-#include "platform/foundation/ascii.hpp"
 #include "platform/foundation/files.hpp"
 
 namespace vantorium {
@@ -20,9 +19,6 @@ const char* flawOf(const std::string& name) {
   if (name.find('\0') != std::string::npos) return "has a NUL in its name";
   if (!isUTF8(name)) return "has a name that is not UTF-8 text";
   if (name.front() == '/') return "has an absolute name";
-  const char drive = asciiLowered(name.front());
-  if (name.size() > 1 && name[1] == ':' && drive >= 'a' && drive <= 'z')
-    return "has a name with a drive letter";
   return nullptr;
 }
 

@@ -21,14 +21,20 @@ CustomExtensions& customExtensions() {
 std::optional<std::filesystem::path> Zip::quickUnzipFile(const std::filesystem::path& archive,
                                                          const Progress& progress,
                                                          std::optional<ZipError>& error) {
-  std::filesystem::path folder = archive.parent_path() / archive.stem();
-  error = unzipFile(archive, folder, true, std::nullopt, progress);
-  if (error) return std::nullopt;
-  return folder;
+  try {
+    std::filesystem::path folder = archive.parent_path() / archive.stem();
+    error = unzipFile(archive, folder, true, std::nullopt, progress);
+    if (!error) return folder;
+  } catch (...) {  // only a lack of memory gets here
+    error = memoryFailure(ZipError::unzipFail);
+  }
+  return std::nullopt;
 }
 
 bool Zip::isValidFileExtension(const std::string& fileExtension) {
-  return fileExtension == "zip" || fileExtension == "cbz" || customFileExtensions().contains(fileExtension);
+  if (fileExtension == "zip" || fileExtension == "cbz") return true;
+  const MutexLock lock(customExtensions().mutex);
+  return customExtensions().set.contains(fileExtension);
 }
 
 std::set<std::string> Zip::customFileExtensions() {

@@ -21,12 +21,16 @@ enum class ZipCompression : int {
 };
 
 /// Unpacks and makes zip archives. Every function works on the calling thread, which may be any, until it is
-/// done, and calls its callbacks there; several may run at the same time.
+/// done, and calls its callbacks there; several may run at the same time. Workers that are free help to
+/// unpack; nothing waits for one that is not. Nothing is thrown: whatever is short, memory included, is an
+/// error.
 class Zip {
  public:
-  /// Is given the part that is done, from 0.0 to 1.0, after each entry and, as 1.0, at the end.
+  /// Is given the part that is done, from 0.0 to 1.0, after each entry and, as 1.0, at the end. Entries are
+  /// told of in the order of the archive, each some time after it was done.
   using Progress = std::function<void(double)>;
-  /// Is given the path of each entry that was dealt with: a file, a folder, or a file that was kept.
+  /// Is given the path of each entry that was dealt with: a file, a folder, or a file that was kept. In the
+  /// same order.
   using FileOutputHandler = std::function<void(const std::filesystem::path&)>;
 
   /// Asked now and then; true ends the work.
@@ -35,16 +39,20 @@ class Zip {
   /// Unpacks the archive into the folder `destination`, which is made if it is not there.
   ///
   /// Nothing outside the folder is touched, whatever the archive says: an entry whose name leads out or is no
-  /// UTF-8 text, or that is no file or folder, ends the work before anything of it is written, and no
-  /// symbolic link below `destination` is followed. Folders are made as they are needed; files get the
-  /// permissions that the archive has for them, if it lets their owner read.
+  /// UTF-8 text ends the work before anything of it is written, and no symbolic link below `destination` is
+  /// followed. None is made either: links, pipes and devices become files that hold what is stored for them.
+  /// Folders are made as they are needed; files get the permissions that the archive has for them, if it lets
+  /// their owner read.
   ///
   /// With `overwrite` a file takes the place of the one (or the link) that stands there, once it is complete;
   /// without, what stands there is kept. The archive itself is never replaced. An entry that cannot be
-  /// written, such as a file where a folder stands, is an error unless it is empty. `password` is for
-  /// encrypted entries (the format's traditional cipher) and must be ASCII.
+  /// written is an error; an empty one is not, if something of another kind stands in its place. Of entries
+  /// of one name the last one stays, or without `overwrite` the first. `password` is for encrypted entries
+  /// (the format's traditional cipher) and must be ASCII.
   ///
-  /// Returns the failure. The files of the entries before it stay; the file at hand is removed.
+  /// Returns the failure, that of the first entry in the archive that fails, with its name and the reason.
+  /// The files of the entries before it stay, and its own is removed; some of those after it may be there,
+  /// complete.
   static std::optional<ZipError> unzipFile(const std::filesystem::path& archive,
                                            const std::filesystem::path& destination, bool overwrite,
                                            const std::optional<std::string>& password = std::nullopt,

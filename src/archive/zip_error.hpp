@@ -18,19 +18,28 @@ class ZipError {
   };
 
   /// `detail` is one line: what exactly was wrong, with which entry, and what to do where that helps.
-  explicit ZipError(Code code, std::string detail = {});
+  /// `systemCode` is the `errno` value of a file that could not be written, else 0.
+  explicit ZipError(Code code, std::string detail = {}, int systemCode = 0);
 
   Code code() const { return code_; }
   const std::string& detail() const { return detail_; }
+  int systemCode() const { return systemCode_; }
   /// One line for people, the same for all errors of a code.
   const char* description() const;
 
-  /// Of domain "com.vantorium.zip" with the same code. Its message is the description with the detail.
+  /// Of domain "com.vantorium.zip" with the same code. Its texts are the description followed by the detail.
   operator Error() const;
 
  private:
   Code code_;
   std::string detail_;
+  int systemCode_;
 };
+
+/// In place of an exception, which ends in the room.
+ZipError memoryFailure(ZipError::Code code);
+
+/// Why something could not be written, and what to do where that helps, by its `errno` value.
+std::string writingFailure(int code);
 
 }  // namespace vantorium

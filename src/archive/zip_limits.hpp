@@ -5,8 +5,9 @@
 
 namespace vantorium {
 
-/// How much an archive may ask of the disk and of us. What is written is counted while it is inflated: the
-/// sizes in an archive's headers are claims.
+/// How much an archive may ask of the disk and of us. What its entries claim to have is added up before one
+/// is begun, and an entry ends the work as soon as it has more than it claims: so the limits hold at any
+/// moment, also while several entries are unpacked at a time.
 struct ZipLimits {
   std::uint64_t entries = 10'000;
   std::uint64_t folders = 10'000;                    ///< that are made, those that no entry names included

@@ -162,13 +162,15 @@ std::optional<ZipError> ZipWriter::add(const ProcessedFilePath& path) {
   ZipInput input(path.filePath);
   if (input.error() != 0)
     return failure(posixError(input.error(), "read", path.filePath).localizedDescription());
+  errno = 0;
   const bool added =
       openEntry(path.fileName, input) && (!password_ || writeCipherHeader(input)) && writeContent(input);
+  const int code = errno == 0 ? EIO : errno;
   if (input.error() != 0)
     return failure(posixError(input.error(), "read", path.filePath).localizedDescription());
   if (added) return std::nullopt;
   return failure(
-      fmt::format("Entry {} could not be written. Check that there is space.", shownName(path.fileName)));
+      fmt::format("Entry {} could not be written: {}.", shownName(path.fileName), writingFailure(code)));
 }
 
 }  // namespace vantorium

@@ -49,14 +49,14 @@ void SdkContext::printLog(const std::string& message) {
   const std::string line = fmt::format("VANTORIUM LOG: {} : {}", time, message);
   {
     MutexLock lock(mutex_);
-    log_ += line + "\n";
+    log_.add(line);
   }
   host_->print(line);
 }
 
 std::string SdkContext::log() const {
   MutexLock lock(mutex_);
-  return log_;
+  return log_.text();
 }
 
 void SdkContext::logError(const std::optional<std::string>& errorMessage) {
@@ -75,27 +75,35 @@ void SdkContext::setErrorReporter(std::function<void(std::string)> reporter) {
 }
 
 void SdkContext::setDelegate(std::weak_ptr<VantoriumDelegate> delegate) {
-  MutexLock lock(mutex_);
-  delegate_ = std::move(delegate);
+  const MutexLock lock(delegate_->mutex);
+  delegate_->delegate = std::move(delegate);
 }
 
-std::shared_ptr<VantoriumDelegate> SdkContext::delegate() const {
-  MutexLock lock(mutex_);
-  return delegate_.lock();
-}
+std::shared_ptr<VantoriumDelegate> SdkContext::delegate() const { return delegate_->lock(); }
 
 void SdkContext::tellDelegate(DelegateMethod method, std::function<void(VantoriumDelegate&)> call) const {
-  // The delegate is looked up when the call is made: one that was released meanwhile hears nothing.
-  std::weak_ptr<VantoriumDelegate> weak;
-  {
-    // Not locked here: a thread that merely announces must not be the last to hold it.
-    const MutexLock lock(mutex_);
-    weak = delegate_;
-  }
-  onMain([weak = std::move(weak), method, call = std::move(call)] {
-    const auto delegate = weak.lock();
+  // The delegate is looked up when the call is made: one that was released meanwhile hears nothing, one that
+  // was set meanwhile does.
+  onMain([slot = delegate_, method, call = std::move(call)] {
+    const auto delegate = slot->lock();
     if (delegate && delegate->respondsTo(method)) call(*delegate);
   });
+}
+
+std::shared_ptr<void> SdkContext::observeOnline(std::function<void()> handler) {
+  return online_->add(std::move(handler));
+}
+
+void SdkContext::tellOnline() const {
+  onMain([online = online_] { online->call(); });
+}
+
+void SdkContext::end() {
+  if (!hasEnded_.exchange(true)) ended_.call();
+}
+
+std::shared_ptr<void> SdkContext::observeEnd(std::function<void()> handler) {
+  return ended_.add(std::move(handler));
 }
 
 }  // namespace vantorium

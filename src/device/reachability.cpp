@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace vantorium {
 
@@ -80,6 +81,35 @@ std::string VantoriumReachability::currentReachabilityTechnologyString() const {
   const auto* found = std::ranges::find_if(
       generations, [&](const Generation& generation) { return radio == generation.radio; });
   return found != generations.end() ? std::string(found->name) : description(currentReachabilityStatus());
+}
+
+std::shared_ptr<void> VantoriumReachability::observeOnline(std::function<void()> didComeOnline) const {
+  auto token = online_.add(std::move(didComeOnline));
+  bool wasWatching = false;
+  {
+    const MutexLock lock(mutex_);
+    wasWatching = std::exchange(isWatching_, true);
+  }
+  if (!wasWatching) {
+    probe_->setChangeHandler([weak = weak_from_this()] {
+      if (const auto self = weak.lock()) self->flagsMayHaveChanged();
+    });
+    updateOnline();
+  }
+  return token;
+}
+
+void VantoriumReachability::flagsMayHaveChanged() const {
+  if (updateOnline()) online_.call();
+}
+
+/// Looks again; whether the device was offline before and is online now.
+bool VantoriumReachability::updateOnline() const {
+  // Looking and noting are one step, so that what is noted is what was seen last. The probe calls nobody
+  // back.
+  const MutexLock lock(mutex_);
+  const bool isOnline = currentReachabilityStatus() != NetworkStatus::notReachable;
+  return !std::exchange(isOnline_, isOnline).value_or(true) && isOnline;
 }
 
 }  // namespace vantorium

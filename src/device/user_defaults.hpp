@@ -10,7 +10,6 @@
 
 #include "context/sdk_context.hpp"
 #include "platform/foundation/clock.hpp"
-#include "platform/foundation/thread_annotations.hpp"
 
 namespace vantorium {
 
@@ -26,6 +25,9 @@ inline constexpr const char* userID = "com.vantorium.userID";
 /// application shares. Every read goes to the file; a write takes the file's lock, reads, changes and
 /// replaces it as a whole, so that neither another process nor a kill loses a key. Values of other types, and
 /// keys of others, survive.
+///
+/// Nobody waits for another process: while one holds the lock, changes are kept here, where every read sees
+/// them, and a thread of their own waits to write them, over what that process has written by then.
 ///
 /// Nothing fails: what cannot be written is kept for this process and goes along with the next write. Any
 /// thread.
@@ -50,23 +52,21 @@ class UserDefaults {
 
   explicit UserDefaults(std::filesystem::path folder);
 
-  std::optional<std::string> string(const std::string& key) const EXCLUDES(mutex_);
-  std::optional<Date> date(const std::string& key) const EXCLUDES(mutex_);
+  std::optional<std::string> string(const std::string& key) const;
+  std::optional<Date> date(const std::string& key) const;
   std::optional<Date> getAppInstallDate() const { return date(settings_keys::appInstallDate); }
   std::optional<Date> getAppLastUpdateDate() const { return date(settings_keys::appLastUpdateDate); }
-  void set(const std::string& key, Value value) EXCLUDES(mutex_);
+  void set(const std::string& key, Value value);
 
-  /// Several reads and writes as one step. `change` runs inside this call, under the lock: it must not come
+  /// Several reads and writes as one step, unless another process changes the settings at this very moment:
+  /// of one key the later write counts then. `change` runs inside this call, under the lock: it must not come
   /// back here, nor call out.
-  void update(const std::function<void(Values&)>& change) EXCLUDES(mutex_);
+  void update(const std::function<void(Values&)>& change);
 
  private:
-  std::map<std::string, Value> load() const REQUIRES(mutex_);
+  class Store;
 
-  const std::filesystem::path folder_;
-  mutable Mutex mutex_;
-  /// Changes that have not reached the file.
-  std::map<std::string, Value> unsaved_ GUARDED_BY(mutex_);
+  const std::shared_ptr<Store> store_;
 };
 
 /// Keeps the SDK's settings up to date at each launch. Any thread.

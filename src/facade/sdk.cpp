@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "protocol/service_url.hpp"
@@ -48,7 +49,24 @@ std::optional<Error> Sdk::setServiceConfiguration(ServiceConfiguration configura
     return VantoriumError::internalError(
         "The service cannot be changed once the SDK is in use. Set it before the first call.");
   }
+  configuration.cacheBudget = configuration_.cacheBudget;
+  configuration.campaignLifetime = configuration_.campaignLifetime;
   configuration_ = std::move(configuration);
+  return std::nullopt;
+}
+
+std::optional<Error> Sdk::setCacheSettings(const CacheSettings& settings) {
+  if (!(settings.campaignLifetime > 0))  // nor is it "not a number"
+    return VantoriumError::internalError(
+        "The lifetime of campaigns is not above 0. Give setCacheSettings a number of seconds.");
+  MutexLock lock(mutex_);
+  if (isInUse_) {
+    return VantoriumError::internalError(
+        "The cache's settings cannot be changed once the SDK is in use. Set them before the first call.");
+  }
+  configuration_.cacheBudget = settings.budget;
+  // Longer than anybody lives is for ever, and still a date.
+  configuration_.campaignLifetime = Seconds{std::min(settings.campaignLifetime, 100 * 365.25 * 24 * 3600)};
   return std::nullopt;
 }
 
@@ -60,43 +78,48 @@ void Sdk::makeServices() {
     isInUse_ = true;
     configuration = configuration_;
   }
-  const auto client = std::make_shared<Client>(context_, configuration);
+  const auto services = std::make_shared<Services>();
+  services->widgetURL = configuration.widgetURL;
+  services->client = Client::make(context_, configuration);
+  const auto& [reachability, defaults, cache, httpClient, session] = services->client;
   const auto placements = std::make_shared<PrecachingPlacements>();
-  const auto precacher = std::make_shared<CampaignPrecacher>(client, placements);
-  const auto nativeAdPrecacher = std::make_shared<NativeAdPrecacher>(client, placements);
+  services->precacher = std::make_shared<CampaignPrecacher>(context_, httpClient, cache, placements);
+  services->nativeAdPrecacher = std::make_shared<NativeAdPrecacher>(context_, httpClient, cache, placements);
+  services->autoCaching =
+      std::make_shared<AutoCaching>(context_, services->precacher, configuration.campaignLifetime);
+  services->precacher->setObserver(
+      [weak = std::weak_ptr(services->autoCaching)](const auto& placement, const auto& error) {
+        if (const auto autoCaching = weak.lock()) autoCaching->didPrecache(placement, error);
+      });
+  if (reachability) {
+    services->onlineObservation = reachability->observeOnline([weak = std::weak_ptr(context_)] {
+      if (const auto context = weak.lock()) context->tellOnline();
+    });
+  }
   MutexLock lock(mutex_);
-  client_ = client;
-  precacher_ = precacher;
-  nativeAdPrecacher_ = nativeAdPrecacher;
+  services_ = services;
 }
 
-std::shared_ptr<Client> Sdk::client() {
+std::shared_ptr<const Sdk::Services> Sdk::services() {
   std::call_once(servicesMade_, [this] { makeServices(); });
   MutexLock lock(mutex_);
-  return client_;
+  return services_;
 }
 
-std::shared_ptr<CampaignPrecacher> Sdk::precacher() {
-  std::call_once(servicesMade_, [this] { makeServices(); });
-  MutexLock lock(mutex_);
-  return precacher_;
-}
-
-std::shared_ptr<NativeAdPrecacher> Sdk::nativeAdPrecacher() {
-  std::call_once(servicesMade_, [this] { makeServices(); });
-  MutexLock lock(mutex_);
-  return nativeAdPrecacher_;
+std::shared_ptr<const Client> Sdk::client() {
+  const auto all = services();
+  return {all, &all->client};
 }
 
 void Sdk::uploadError(const std::string& text) {
   std::optional<Identity> identity;
-  std::shared_ptr<Client> client;
+  std::shared_ptr<const Services> services;
   {
     MutexLock lock(mutex_);
     identity = identity_;
-    client = client_;
+    services = services_;
   }
-  if (identity && client) client->httpClient->logError(identity->appID, identity->userID, text);
+  if (identity && services) services->client.httpClient->logError(identity->appID, identity->userID, text);
 }
 
 std::optional<std::string> Sdk::userID() {
@@ -106,35 +129,35 @@ std::optional<std::string> Sdk::userID() {
 
 void Sdk::precacheCampaigns(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
                             Completion completion) {
-  precacher()->precacheCampaigns(forPlacement, std::move(queue), std::move(completion));
+  services()->precacher->precacheCampaigns(forPlacement, std::move(queue), std::move(completion));
 }
 
 bool Sdk::isCampaignReady(const std::string& placementID) {
-  return precacher()->isCampaignReady(placementID);
+  return services()->precacher->isCampaignReady(placementID);
 }
 
 void Sdk::canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
                   Completion completion) {
-  precacher()->canView(forPlacement, std::move(queue), std::move(completion));
+  services()->precacher->canView(forPlacement, std::move(queue), std::move(completion));
 }
 
-void Sdk::autoCachingTimerHandler() { precacher()->autoCachingTimerHandler(); }
+void Sdk::autoCachingTimerHandler() { services()->autoCaching->autoCachingTimerHandler(); }
 
 void Sdk::shutdown() {
   hasEnded_ = true;
+  context_->end();
   context_->setErrorReporter(nullptr);
   for (const auto& each : std::exchange(shownScreens_, {})) {
     if (const auto screen = each.lock()) screen->cancel(shutDownWhileShowing());
   }
-  std::shared_ptr<Client> client;
-  std::shared_ptr<CampaignPrecacher> precacher;
+  std::shared_ptr<const Services> services;
   {
     MutexLock lock(mutex_);
-    client = client_;
-    precacher = precacher_;
+    services = services_;
   }
-  if (precacher) precacher->endRetrySeries();
-  if (client) client->shutdown();
+  if (!services) return;
+  services->autoCaching->end();
+  services->client.session->shutdown();
 }
 
 }  // namespace vantorium

@@ -12,10 +12,13 @@
 #include <vantorium/error.hpp>
 #include <vantorium/options.hpp>
 #include <vantorium/parameters.hpp>
+#include <vantorium/vantorium.hpp>
 
-#include "client/client.hpp"
+#include "cache/prepared_popup.hpp"
 #include "context/sdk_context.hpp"
+#include "facade/client.hpp"
 #include "platform/foundation/thread_annotations.hpp"
+#include "precache/auto_caching.hpp"
 #include "precache/campaign_precacher.hpp"
 #include "precache/native_ad_precacher.hpp"
 
@@ -43,6 +46,9 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
   /// Points the SDK at another service. Refused, with what is wrong, once the SDK was used or when an address
   /// may not be a service's. Any thread.
   std::optional<Error> setServiceConfiguration(ServiceConfiguration configuration) EXCLUDES(mutex_);
+
+  /// See `Vantorium`. Any thread.
+  std::optional<Error> setCacheSettings(const CacheSettings& settings) EXCLUDES(mutex_);
 
   // The entry points: see `Vantorium`.
   void configure(const std::string& appID, const std::optional<Parameters>& parameters,
@@ -76,19 +82,26 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
   void shutdown() EXCLUDES(mutex_);
 
   /// The services, made on first use. Any thread.
-  std::shared_ptr<Client> client() EXCLUDES(mutex_);
+  std::shared_ptr<const Client> client() EXCLUDES(mutex_);
 
  private:
   struct Identity {
     std::string appID, userID;
   };
+  /// All that is made on first use.
+  struct Services {
+    std::string widgetURL;
+    Client client;
+    std::shared_ptr<CampaignPrecacher> precacher;
+    std::shared_ptr<NativeAdPrecacher> nativeAdPrecacher;
+    std::shared_ptr<AutoCaching> autoCaching;
+    std::shared_ptr<void> onlineObservation;
+  };
 
   void wire();
-  std::shared_ptr<CampaignPrecacher> precacher() EXCLUDES(mutex_);
-  std::shared_ptr<NativeAdPrecacher> nativeAdPrecacher() EXCLUDES(mutex_);
+  std::shared_ptr<const Services> services() EXCLUDES(mutex_);
   void makeServices() EXCLUDES(mutex_);
-  void didSetUp(const Identity& identity, const std::shared_ptr<DispatchQueue>& queue,
-                const Completion& completion, bool success,
+  void didSetUp(const Identity& identity, bool success,
                 const std::optional<HTTPClient::Placements>& placements, const std::optional<Error>& error)
       EXCLUDES(mutex_);
   void startAutoCaching(const HTTPClient::Placements& placements);
@@ -102,7 +115,9 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
   void failToShow(const Error& error, const Completion& completion);
   void show(const std::shared_ptr<BaseViewController>& screen,
             std::optional<VantoriumServerParameter> serverParameter, Completion completion);
-  void showPreparedPopup(const std::string& placement,
+  void showReady(const std::string& placement, ReadyCampaign ready,
+                 std::optional<VantoriumServerParameter> serverParameter, Completion completion);
+  void showPreparedPopup(const std::string& placement, const PreparedPopup& popup,
                          const std::optional<VantoriumServerParameter>& serverParameter,
                          const Completion& completion);
 
@@ -116,9 +131,7 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
   Mutex mutex_;
   bool isInUse_ GUARDED_BY(mutex_) = false;
   ServiceConfiguration configuration_ GUARDED_BY(mutex_);
-  std::shared_ptr<Client> client_ GUARDED_BY(mutex_);
-  std::shared_ptr<CampaignPrecacher> precacher_ GUARDED_BY(mutex_);
-  std::shared_ptr<NativeAdPrecacher> nativeAdPrecacher_ GUARDED_BY(mutex_);
+  std::shared_ptr<const Services> services_ GUARDED_BY(mutex_);
   std::optional<Identity> identity_ GUARDED_BY(mutex_);  ///< of the last completed init exchange
 };
 

@@ -6,7 +6,9 @@
 #include <utility>
 
 #include "device/init_request_builder.hpp"
+#include "facade/flag_mark.hpp"
 #include "facade/sdk.hpp"
+#include "model/kinds.hpp"
 
 namespace vantorium {
 
@@ -47,8 +49,15 @@ std::optional<std::string> userIDOf(const std::optional<Parameters>& parameters)
 
 bool isAutoCached(const std::map<std::string, std::string>& placement) {
   const auto type = placement.find("type");
-  return type != placement.end() &&
-         (type->second == "video_interstitial" || type->second == "rewarded_video");
+  if (type == placement.end()) return false;
+  switch (adUnitType(type->second)) {
+    case AdUnitType::videoInterstitial:
+    case AdUnitType::rewardedVideo:
+      return true;
+    case AdUnitType::other:
+      return false;
+  }
+  return false;
 }
 
 }  // namespace
@@ -65,15 +74,18 @@ void Sdk::configure(const std::string& appID, const std::optional<Parameters>& p
     case ConfigureState::unconfigured:
       break;
   }
+  const auto mark = std::make_shared<FlagMark>(context_, &SdkContext::Flags::isConfiguring);
   const auto services = client();
   const std::string userID = services->userDefaultsClient->recordLaunch(userIDOf(parameters));
   const nlohmann::json body = InitRequestBuilder::requestBody(
       context_->host(), *services->userDefaultsClient->defaults(), appID, userID, parameters);
-  services->httpClient->setUp(body, [self = shared_from_this(), identity = Identity{appID, userID},
+  services->httpClient->setUp(body, [self = shared_from_this(), identity = Identity{appID, userID}, mark,
                                      queue = std::move(queue), completion = std::move(completion)](
                                         bool success, const std::optional<HTTPClient::Placements>& placements,
                                         const std::optional<Error>& error) {
-    self->didSetUp(identity, queue, completion, success, placements, error);
+    self->didSetUp(identity, success, placements, error);
+    mark->clear();
+    announce(*self->context_, queue, success, error, completion);
   });
   const auto idfa = body.find("idfa");
   if (idfa != body.end() && idfa->is_string()) {
@@ -81,8 +93,7 @@ void Sdk::configure(const std::string& appID, const std::optional<Parameters>& p
   }
 }
 
-void Sdk::didSetUp(const Identity& identity, const std::shared_ptr<DispatchQueue>& queue,
-                   const Completion& completion, bool success,
+void Sdk::didSetUp(const Identity& identity, bool success,
                    const std::optional<HTTPClient::Placements>& placements,
                    const std::optional<Error>& error) {
   {
@@ -94,8 +105,6 @@ void Sdk::didSetUp(const Identity& identity, const std::shared_ptr<DispatchQueue
     if (placements && context_->flags().autoCaching) startAutoCaching(*placements);
   }
   if (error) context_->logError(error->errorMessage());
-  context_->updateFlags([](SdkContext::Flags& flags) { flags.isConfiguring = false; });
-  announce(*context_, queue, success, error, completion);
 }
 
 void Sdk::startAutoCaching(const HTTPClient::Placements& placements) {
@@ -104,7 +113,7 @@ void Sdk::startAutoCaching(const HTTPClient::Placements& placements) {
     const auto id = placement.find("id");
     if (isAutoCached(placement) && id != placement.end()) chosen.push_back(id->second);
   }
-  precacher()->startAutoCaching(chosen);
+  services()->autoCaching->start(chosen);
 }
 
 }  // namespace vantorium

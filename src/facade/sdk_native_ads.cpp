@@ -9,8 +9,8 @@ namespace vantorium {
 void Sdk::precacheNativeAds(const std::string& forPlacement,
                             std::shared_ptr<VantoriumNativeAdOptions> options,
                             std::shared_ptr<DispatchQueue> queue, NativeAdPrecacher::Completion completion) {
-  nativeAdPrecacher()->precacheNativeAds(forPlacement, std::move(options), std::move(queue),
-                                         std::move(completion));
+  services()->nativeAdPrecacher->precacheNativeAds(forPlacement, std::move(options), std::move(queue),
+                                                   std::move(completion));
 }
 
 void Sdk::populateNativeAdView(const std::shared_ptr<VantoriumNativeAdView>& view,
@@ -37,7 +37,8 @@ void Sdk::populateNativeAdView(const std::shared_ptr<VantoriumNativeAdView>& vie
       view->serverParameter = *parameter;
     }
   }
-  view->show(with, client());
+  const auto services = client();
+  view->show(with, {context_, services->httpClient, services->cacheClient.downloads});
   completion(true, std::nullopt);
 }
 

@@ -1,6 +1,7 @@
 // The entry points of the SDK that put an ad on screen.
 #include <utility>
 
+#include "facade/flag_mark.hpp"
 #include "facade/sdk.hpp"
 #include "precache/rewardable_popup_controller.hpp"
 #include "screens/campaign_vc.hpp"
@@ -18,6 +19,10 @@ void stopShowing(SdkContext& context) {
   context.updateFlags([](SdkContext::Flags& flags) { flags.isShowingAds = false; });
 }
 
+void endShowingPlacement(SdkContext& context) {
+  context.updateFlags([](SdkContext::Flags& flags) { flags.showingPlacement.reset(); });
+}
+
 }  // namespace
 
 Error Sdk::shutDownWhileShowing() {
@@ -33,7 +38,7 @@ std::optional<Error> Sdk::refusalToShow() const {
 }
 
 std::optional<Error> Sdk::refusalToGoOnline() {
-  const auto& reachability = client()->httpClient->reachability();
+  const auto reachability = client()->reachability;
   if (!reachability) return VantoriumError::internalError();
   if (reachability->currentReachabilityStatus() == VantoriumReachability::NetworkStatus::notReachable) {
     return VantoriumError::noInternetConnection();
@@ -78,21 +83,33 @@ void Sdk::showCampaign(const std::string& forPlacement,
     return;
   }
   beginShowing(forPlacement);
-  Completion ended = [context = context_, completion = std::move(completion)](
-                         bool success, const std::optional<Error>& error) {
-    context->updateFlags([](SdkContext::Flags& flags) { flags.showingPlacement.reset(); });
+  auto ready = services()->precacher->takeCampaign(forPlacement);
+  if (ready) {
+    showReady(forPlacement, std::move(*ready), std::move(serverParameter), std::move(completion));
+  } else {
+    endShowingPlacement(*context_);
+    failToShow(VantoriumError::noPrecachedDataToShow(), completion);
+  }
+}
+
+void Sdk::showReady(const std::string& placement, ReadyCampaign ready,
+                    std::optional<VantoriumServerParameter> serverParameter, Completion completion) {
+  Completion ended = [context = context_, files = client()->cacheClient.files, creative = ready.creative,
+                      completion = std::move(completion)](bool success, const std::optional<Error>& error) {
+    endShowingPlacement(*context);
+    if (success) {
+      files->shelf().keep(creative);
+    } else {
+      files->shelf().forget(creative);
+    }
     completion(success, error);
   };
-  const auto replenish = [precacher = std::weak_ptr(precacher())](const std::string& placement) {
-    if (const auto alive = precacher.lock())
-      alive->precacheCampaigns(placement, nullptr, [](bool, auto&&) {});
+  const auto replenish = [autoCaching = std::weak_ptr(services()->autoCaching)](
+                             const std::string& shown, const std::optional<Error>& error) {
+    if (const auto alive = autoCaching.lock()) alive->didShow(shown, error);
   };
-  const auto screen = std::make_shared<CampaignVC>(client(), forPlacement, replenish);
-  if (screen->campaign()) {
-    show(screen, std::move(serverParameter), std::move(ended));
-  } else {
-    failToShow(VantoriumError::noPrecachedDataToShow(), ended);
-  }
+  show(std::make_shared<CampaignVC>(context_, client()->httpClient, placement, std::move(ready), replenish),
+       std::move(serverParameter), std::move(ended));
 }
 
 void Sdk::showOfferWall(const std::string& forPlacement,
@@ -107,14 +124,14 @@ void Sdk::showOfferWall(const std::string& forPlacement,
     return;
   }
   beginShowing(std::nullopt);
-  show(std::make_shared<OfferWallVC>(client(), forPlacement, *user), std::move(serverParameter),
-       std::move(completion));
+  show(std::make_shared<OfferWallVC>(context_, services()->widgetURL, forPlacement, *user),
+       std::move(serverParameter), std::move(completion));
 }
 
 void Sdk::showRewardablePopup(const std::string& forPlacement,
                               std::optional<VantoriumServerParameter> serverParameter,
                               Completion completion) {
-  const auto html = client()->cacheClient->rewardablePopup();
+  const auto html = client()->cacheClient.inventory->rewardablePopup();
   std::optional<Error> refusal;
   if (!context_->flags().isConfigured) {
     refusal = VantoriumError::notConfigured();
@@ -128,25 +145,32 @@ void Sdk::showRewardablePopup(const std::string& forPlacement,
     return;
   }
   beginShowing(std::nullopt);
+  const auto mark = std::make_shared<FlagMark>(context_, &SdkContext::Flags::isShowingAds);
   client()->httpClient->getRewardableOffer(
-      forPlacement, [self = shared_from_this(), forPlacement, html, completion = std::move(completion),
+      forPlacement, [mark, self = shared_from_this(), forPlacement, html, completion = std::move(completion),
                      serverParameter = std::move(serverParameter)](
                         const std::shared_ptr<RewardableOffer>& offer, const std::optional<Error>& error) {
-        std::optional<Error> flaw = error;
-        if (!offer && error) self->context_->logError(error->errorMessage());
-        if (offer) flaw = RewardablePopupController(self->client(), offer).prepare(forPlacement, *html);
-        if (!offer || flaw) {
-          stopShowing(*self->context_);
-          self->context_->onMain([completion, flaw] { completion(false, flaw); });
+        if (!offer) {
+          if (error) self->context_->logError(error->errorMessage());
+          mark->clear();
+          self->context_->onMain([completion, error] { completion(false, error); });
           return;
         }
-        self->context_->onMain([self, forPlacement, serverParameter, completion] {
-          self->showPreparedPopup(forPlacement, serverParameter, completion);
+        const auto popup = RewardablePopupController(self->context_, self->client()->cacheClient.files, offer)
+                               .prepare(forPlacement, *html);
+        if (!popup) {
+          mark->clear();
+          self->context_->onMain([completion, flaw = popup.error()] { completion(false, flaw); });
+          return;
+        }
+        self->context_->onMain([self, mark, forPlacement, popup = *popup, serverParameter, completion] {
+          mark->release();
+          self->showPreparedPopup(forPlacement, popup, serverParameter, completion);
         });
       });
 }
 
-void Sdk::showPreparedPopup(const std::string& placement,
+void Sdk::showPreparedPopup(const std::string& placement, const PreparedPopup& popup,
                             const std::optional<VantoriumServerParameter>& serverParameter,
                             const Completion& completion) {
   if (hasEnded_) {
@@ -154,12 +178,8 @@ void Sdk::showPreparedPopup(const std::string& placement,
     completion(false, shutDownWhileShowing());
     return;
   }
-  const auto screen = std::make_shared<RewardablePopupVC>(client(), placement);
-  if (screen->offer()) {
-    show(screen, serverParameter, completion);
-  } else {
-    failToShow(VantoriumError::noPrecachedDataToShow(), completion);
-  }
+  show(std::make_shared<RewardablePopupVC>(context_, client()->httpClient, placement, popup), serverParameter,
+       completion);
 }
 
 void Sdk::precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, Completion completion) {
@@ -169,10 +189,11 @@ void Sdk::precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, 
   };
   if (!context_->flags().isConfigured) return complete(false, VantoriumError::notConfigured());
   const auto services = client();
-  if (services->cacheClient->rewardablePopup()) return complete(true, std::nullopt);
+  const auto inventory = services->cacheClient.inventory;
+  if (inventory->rewardablePopup()) return complete(true, std::nullopt);
   services->httpClient->getRewardablePopup(
-      [services, complete](const std::optional<std::string>& text, const std::optional<Error>& error) {
-        services->cacheClient->setRewardablePopup(text);
+      [inventory, complete](const std::optional<std::string>& text, const std::optional<Error>& error) {
+        inventory->setRewardablePopup(text);
         complete(text.has_value(), error);
       });
 }

@@ -1,3 +1,4 @@
+#include <exception>
 #include <utility>
 #include <vector>
 
@@ -5,6 +6,7 @@
 
 #include "facade/process.hpp"
 #include "facade/sdk.hpp"
+#include "platform/foundation/completion_guard.hpp"
 
 namespace vantorium {
 
@@ -14,15 +16,31 @@ Error noHost() {
   return VantoriumError::internalError("There is no host. Call Vantorium::setHost before anything else.");
 }
 
-/// Calls `use` with the SDK, or completes with what is missing.
+Error outOfMemory() { return VantoriumError::internalError("Out of memory. Free some and try again."); }
+
+/// Calls `use`. What it throws, for want of memory, ends here: nothing may reach the application.
 template <typename Use>
-void withSdk(Vantorium::Completion completion, Use use) {
-  if (!completion) completion = [](bool, const std::optional<Error>&) {};
-  if (const auto sdk = Process::shared().sdk()) {
-    use(*sdk, std::move(completion));
-  } else {
-    completion(false, noHost());
+void guarded(Use use) noexcept {
+  try {
+    use();
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): there is no memory to tell it with
   }
+}
+
+/// Calls `use` with the SDK, or completes with what is missing. The completion is called once, even when the
+/// work that should do it is dropped.
+template <typename Value, typename Use>
+void withSdk(std::function<void(Value, std::optional<Error>)> completion, Use use) noexcept {
+  guarded([&] {
+    if (!completion) completion = [](Value, const std::optional<Error>&) {};
+    const CompletionGuard once(std::move(completion), Value{}, std::optional(outOfMemory()));
+    if (const auto sdk = Process::shared().sdk()) {
+      use(*sdk,
+          [once](Value value, std::optional<Error> error) { once(std::move(value), std::move(error)); });
+    } else {
+      once(Value{}, noHost());
+    }
+  });
 }
 
 SdkContext::Flags flags() {
@@ -49,6 +67,11 @@ std::optional<Error> Vantorium::setDeveloperSettings(const DeveloperSettings& se
   if (!settings.widgetURL.empty()) configuration.widgetURL = settings.widgetURL;
   configuration.trustedCertificate = settings.trustedCertificate;
   return sdk->setServiceConfiguration(std::move(configuration));
+}
+
+std::optional<Error> Vantorium::setCacheSettings(const CacheSettings& settings) {
+  const auto sdk = Process::shared().sdk();
+  return sdk ? sdk->setCacheSettings(settings) : noHost();
 }
 
 void Vantorium::shutdown() { Process::shared().end(); }
@@ -81,8 +104,12 @@ void Vantorium::precacheCampaigns(const std::string& forPlacement, Completion co
 }
 
 bool Vantorium::isCampaignReady(const std::string& placementID) {
-  const auto sdk = Process::shared().sdk();
-  return sdk && sdk->isCampaignReady(placementID);
+  bool isReady = false;
+  guarded([&] {
+    const auto sdk = Process::shared().sdk();
+    isReady = sdk && sdk->isCampaignReady(placementID);
+  });
+  return isReady;
 }
 
 void Vantorium::canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
@@ -144,12 +171,9 @@ void Vantorium::precacheRewardablePopupTemplate(Completion completion) {
 void Vantorium::precacheNativeAds(const std::string& forPlacement,
                                   std::shared_ptr<VantoriumNativeAdOptions> options,
                                   std::shared_ptr<DispatchQueue> queue, NativeAdsCompletion completion) {
-  if (!completion) completion = [](const NativeAds&, const std::optional<Error>&) {};
-  if (const auto sdk = Process::shared().sdk()) {
-    sdk->precacheNativeAds(forPlacement, std::move(options), std::move(queue), std::move(completion));
-  } else {
-    completion({}, noHost());
-  }
+  withSdk(std::move(completion), [&](Sdk& sdk, NativeAdsCompletion answer) {
+    sdk.precacheNativeAds(forPlacement, std::move(options), std::move(queue), std::move(answer));
+  });
 }
 
 void Vantorium::precacheNativeAds(const std::string& forPlacement,
@@ -175,24 +199,34 @@ void Vantorium::populateNativeAdView(const std::shared_ptr<VantoriumNativeAdView
 }
 
 void Vantorium::reportNativeAdImpression(const std::string& impressionID) {
-  if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdImpression(impressionID);
+  guarded([&] {
+    if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdImpression(impressionID);
+  });
 }
 
 void Vantorium::reportNativeAdClick(const std::string& impressionID,
                                     const std::optional<VantoriumServerParameter>& serverParameter) {
-  if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdClick(impressionID, serverParameter);
+  guarded([&] {
+    if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdClick(impressionID, serverParameter);
+  });
 }
 
 void Vantorium::reportNativeAdVideoStarted(const std::string& impressionID) {
-  if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdVideoStarted(impressionID);
+  guarded([&] {
+    if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdVideoStarted(impressionID);
+  });
 }
 
 void Vantorium::reportNativeAdVideoEnded(const std::string& impressionID) {
-  if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdVideoEnded(impressionID);
+  guarded([&] {
+    if (const auto sdk = Process::shared().sdk()) sdk->reportNativeAdVideoEnded(impressionID);
+  });
 }
 
 void Vantorium::autoCachingTimerHandler() {
-  if (const auto sdk = Process::shared().sdk()) sdk->autoCachingTimerHandler();
+  guarded([] {
+    if (const auto sdk = Process::shared().sdk()) sdk->autoCachingTimerHandler();
+  });
 }
 
 std::string Vantorium::getLog() {

@@ -23,16 +23,16 @@ Campaign::Campaign(const nlohmann::json& json)
       endURL(strings(json, "endUrl")),
       hash(text(json, "hash")),
       playableAssetsURLs(strings(json, "playableAssetsUrls")),
-      type(text(json, "type")),
+      type(campaignType(text(json, "type"))),
       tag(text(json, "tag")),
       baseURL(text(json, "baseUrl")),
       rewardAmount(wholeNumber(json, "rewardAmount")),
-      adUnitType(text(json, "adUnitType")),
-      rewardMethod(text(json, "rewardMethod")),
+      adUnitType(vantorium::adUnitType(text(json, "adUnitType"))),
+      rewardMethod(vantorium::rewardMethod(text(json, "rewardMethod"))),
       endAssets(listsOfStrings(json, "endAssets")),
       storeAppID(text(json, "storeAppId")),
       customImage(text(json, "customImage")),
-      orientation(text(json, "orientation")),
+      orientation(campaignOrientation(text(json, "orientation"))),
       zippedURL(text(json, "zippedUrl")) {}
 
 }  // namespace vantorium

@@ -6,10 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "model/kinds.hpp"
+
 namespace vantorium {
 
 /// One full-screen ad as the service describes it. A field that the service left out, or sent with another
-/// type, has its default: empty text, an empty list or zero. Shared between threads: all but the two flags
+/// type, has its default: empty text, an empty list or zero. Shared between threads: all but the one flag
 /// never changes.
 struct Campaign {
   /// Takes what it knows from a JSON object; anything else gives a record of defaults.
@@ -25,21 +27,20 @@ struct Campaign {
   const std::string preparedTrackingURL;  ///< where a click leads
   const std::string trackingHash;
   const std::vector<std::string> endURL;  ///< the end card's page comes first
-  const std::string hash;                 ///< of the creative: equal hashes share their files
+  const std::string hash;                 ///< of the film: equal hashes share it
   const std::vector<std::string> playableAssetsURLs;
-  const std::string type;  ///< "playable" or a kind of video
+  const CampaignType type;
   const std::string tag;
   const std::string baseURL;
   const std::int64_t rewardAmount;
-  const std::string adUnitType;    ///< "rewarded_video" marks a rewarded ad
-  const std::string rewardMethod;  ///< "client": the SDK grants the reward
+  const AdUnitType adUnitType;
+  const RewardMethod rewardMethod;
   const std::vector<std::vector<std::string>> endAssets;
   const std::string storeAppID;
   const std::string customImage;
-  const std::string orientation;
+  const CampaignOrientation orientation;
   const std::string zippedURL;
 
-  std::atomic<bool> isUsed{false};      ///< a screen has taken it
   std::atomic<bool> isRewarded{false};  ///< its reward has been asked for
 };
 

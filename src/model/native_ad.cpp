@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "model/fields.hpp"
-#include "platform/ui/image.hpp"
 
 namespace vantorium {
 
@@ -16,14 +15,6 @@ namespace {
 
 /// Far more than is ever shown: each costs a download.
 constexpr std::size_t mostAssets = 1000;
-
-using Picture = std::shared_ptr<const ui::Image>;
-
-/// The picture at `path`, looked for once.
-const Picture& lookOnce(std::optional<Picture>& kept, const std::optional<std::string>& path) {
-  if (!kept) kept = path ? ui::Image::contentsOfFile(*path) : nullptr;
-  return *kept;
-}
 
 std::shared_ptr<VantoriumNativeAdAsset> makeAsset(const json& value) {
   auto asset = std::make_shared<VantoriumNativeAdAsset>();
@@ -57,9 +48,6 @@ void readAssets(const json& assets, VantoriumNativeAd& ad) {
 }
 
 }  // namespace
-
-const Picture& VantoriumNativeAdAsset::image() const { return lookOnce(image_, filePath); }
-const Picture& VantoriumNativeAd::appIconImage() const { return lookOnce(appIconImage_, appIconFilePath); }
 
 std::shared_ptr<VantoriumNativeAd> makeNativeAd(const json& value, std::string placementID) {
   auto ad = std::make_shared<VantoriumNativeAd>();

@@ -17,18 +17,19 @@ void showImage(ui::ImageView& view, std::shared_ptr<const ui::Image> image) {
 }
 
 void setImage(const std::shared_ptr<ui::ImageView>& view, const std::string& withURL,
-              const std::shared_ptr<Client>& client) {
+              const AdServices& services) {
   showImage(*view, nullptr);
-  if (!client || !URL::parse(withURL)) return;
+  const auto context = services.context.lock();
+  const auto downloads = services.downloads.lock();
+  if (!context || !downloads || !URL::parse(withURL)) return;
   // The view holds it for as long as the picture is the one it waits for.
   struct Load {
     std::shared_ptr<void> task;
   };
   const auto load = std::make_shared<Load>();
-  load->task = client->httpClient->dataTask(
+  load->task = downloads->downloadData(
       withURL, ui::Image::largestFile,
-      [context = client->context, withURL, weakView = std::weak_ptr(view), weakLoad = std::weak_ptr(load)](
-          std::optional<Data> data, const std::optional<Error>&) {
+      [context, withURL, weakView = std::weak_ptr(view), weakLoad = std::weak_ptr(load)](Result<Data> data) {
         if (!data) return;
         context->onMain([image = ui::Image::fromData(std::move(*data), withURL), weakView, weakLoad] {
           const auto shown = weakView.lock();

@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "client/client.hpp"
 #include "model/native_ad.hpp"
+#include "native_ads/ad_services.hpp"
 #include "platform/ui/controls.hpp"
 
 namespace vantorium {
@@ -19,6 +19,6 @@ void showImage(ui::ImageView& view, std::shared_ptr<const ui::Image> image);
 /// the latest can set its image; the earlier ones are cancelled. What is not a URL, cannot be fetched or is
 /// no picture leaves the view empty. Main thread.
 void setImage(const std::shared_ptr<ui::ImageView>& view, const std::string& withURL,
-              const std::shared_ptr<Client>& client);
+              const AdServices& services);
 
 }  // namespace vantorium

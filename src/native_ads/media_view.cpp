@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "model/kinds.hpp"
 #include "native_ads/image_loading.hpp"
 #include "platform/foundation/url.hpp"
 #include "platform/ui/window.hpp"
@@ -14,9 +15,9 @@ namespace {
 constexpr Seconds visibilityInterval{0.1};
 constexpr double muteIconSide = 24, muteIconMargin = 5;  // points
 
-std::shared_ptr<VantoriumNativeAdAsset> firstOfType(const VantoriumNativeAd& ad, const char* type) {
+std::shared_ptr<VantoriumNativeAdAsset> firstOfType(const VantoriumNativeAd& ad, AssetType type) {
   const auto found =
-      std::ranges::find_if(ad.assets, [type](const auto& asset) { return asset->type == type; });
+      std::ranges::find_if(ad.assets, [type](const auto& asset) { return assetType(asset->type) == type; });
   return found == ad.assets.end() ? nullptr : *found;
 }
 
@@ -69,9 +70,9 @@ void VantoriumMediaView::setUp() {
 
 void VantoriumMediaView::updateUI(const VantoriumNativeAd& ad) {
   dropVideo();
-  if (const auto video = firstOfType(ad, "video")) {
+  if (const auto video = firstOfType(ad, AssetType::video)) {
     if (const auto source = playableSource(*video)) showVideo(*source);
-  } else if (const auto image = firstOfType(ad, "image")) {
+  } else if (const auto image = firstOfType(ad, AssetType::image)) {
     showPicture(*image);
   }
   updateTimer();
@@ -108,7 +109,7 @@ void VantoriumMediaView::showPicture(const VantoriumNativeAdAsset& asset) {
   if (asset.filePath) {
     showImage(*imageView_, savedPicture(asset));
   } else {
-    setImage(imageView_, asset.URL, client_.lock());
+    setImage(imageView_, asset.URL, services_);
   }
   playerLayer_->setHidden(true);
   muteButton_->setHidden(true);
@@ -190,14 +191,12 @@ void VantoriumMediaView::timerHandler() {
 
 void VantoriumMediaView::reportVideoStartedIfNeeded() {
   if (!nativeAd || std::exchange(nativeAd->isVideoStartReported, true)) return;
-  if (const auto client = configuredClient(client_))
-    client->httpClient->reportVideoStarted(nativeAd->impressionID);
+  if (const auto reports = services_.reports()) reports->reportVideoStarted(nativeAd->impressionID);
 }
 
 void VantoriumMediaView::reportVideoEndedIfNeeded() {
   if (!nativeAd || std::exchange(nativeAd->isVideoEndReported, true)) return;
-  if (const auto client = configuredClient(client_))
-    client->httpClient->reportFinished(nativeAd->impressionID);
+  if (const auto reports = services_.reports()) reports->reportFinished(nativeAd->impressionID);
 }
 
 void VantoriumMediaView::layoutSubviews() {

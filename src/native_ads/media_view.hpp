@@ -6,8 +6,8 @@
 #include <vantorium/export.h>
 #include <vantorium/options.hpp>
 
-#include "client/client.hpp"
 #include "model/native_ad.hpp"
+#include "native_ads/ad_services.hpp"
 #include "platform/av/media_player.hpp"
 #include "platform/foundation/clock.hpp"
 #include "platform/host.hpp"
@@ -30,7 +30,7 @@ class VANTORIUM_HOST_API VantoriumMediaView : public ui::View {
   /// Taken into account when the view is filled, autoplay at any time.
   VantoriumMediaViewOptions options;
   /// Whom to report to, and to load pictures by; until it is set nothing is reported or loaded.
-  void setClient(std::weak_ptr<Client> client) { client_ = std::move(client); }
+  void setServices(AdServices services) { services_ = std::move(services); }
 
   /// Shows the ad in place of what was shown. An ad without video and image leaves what was there, but for a
   /// video.
@@ -59,7 +59,7 @@ class VANTORIUM_HOST_API VantoriumMediaView : public ui::View {
   void reportVideoEndedIfNeeded();
 
   Host& host_;
-  std::weak_ptr<Client> client_;
+  AdServices services_;
   std::shared_ptr<MediaPlayer> player_;  ///< null while there is no video
   std::shared_ptr<ui::PlayerLayer> playerLayer_;
   std::shared_ptr<ui::ImageView> imageView_, muteImageView_;

@@ -7,6 +7,7 @@
 #include <map>
 #include <utility>
 
+#include "model/kinds.hpp"
 #include "native_ads/image_loading.hpp"
 #include "platform/foundation/url.hpp"
 
@@ -81,10 +82,9 @@ std::shared_ptr<ui::View> VantoriumNativeAdView::makeOutlet(const std::string& n
   return view;
 }
 
-void VantoriumNativeAdView::show(std::shared_ptr<VantoriumNativeAd> nativeAd,
-                                 const std::shared_ptr<Client>& client) {
+void VantoriumNativeAdView::show(std::shared_ptr<VantoriumNativeAd> nativeAd, AdServices services) {
   nativeAd_ = std::move(nativeAd);
-  client_ = client;
+  services_ = std::move(services);
   updateUI(*nativeAd_);
   const auto self = shared_from_this();  // handlers of the application may let go of the view
   if (const auto fill = didFill) fill();
@@ -101,13 +101,13 @@ void VantoriumNativeAdView::updateUI(const VantoriumNativeAd& native) {
     if (native.appIconImage()) {
       showImage(*icon, native.appIconImage());
     } else {
-      setImage(icon, native.appIconURL, client_.lock());
+      setImage(icon, native.appIconURL, services_);
     }
   }
   if (const auto media = outlets.mediaView.lock()) {
     media->setAccessibilityLabel(pictureLabel("Video or picture", native));
     media->nativeAd = nativeAd_;
-    media->setClient(client_);
+    media->setServices(services_);
     media->updateUI(native);
   }
   updatePictures(native);
@@ -129,13 +129,14 @@ void VantoriumNativeAdView::updatePictures(const VantoriumNativeAd& native) {
   showImage(*view, nullptr);  // an ad without a picture must not keep another's
   view->setAccessibilityLabel(pictureLabel("Picture", native));
   // Each would take the place of the one before.
-  const auto last = std::find_if(native.assets.rbegin(), native.assets.rend(),
-                                 [](const auto& asset) { return asset->type == "image"; });
+  const auto last = std::find_if(native.assets.rbegin(), native.assets.rend(), [](const auto& asset) {
+    return assetType(asset->type) == AssetType::image;
+  });
   if (last == native.assets.rend()) return;
   if ((*last)->filePath) {
     showImage(*view, savedPicture(**last));
   } else {
-    setImage(view, (*last)->URL, client_.lock());
+    setImage(view, (*last)->URL, services_);
   }
 }
 
@@ -145,7 +146,7 @@ void VantoriumNativeAdView::updatePrivacyPolicy(const VantoriumNativeAd& native)
   view->setClipsToBounds(true);
   view->setContentMode(ui::ContentMode::scaleAspectFit);
   view->setAccessibilityLabel(URL::parse(native.privacyPolicyURL) ? "Privacy policy" : "");
-  setImage(view, native.privacyPolicyImageURL, client_.lock());
+  setImage(view, native.privacyPolicyImageURL, services_);
   if (view->recognizesTaps()) return;
   view->addTapRecognizer(acting(&VantoriumNativeAdView::didTapPrivacyPolicyImageView));
 }
@@ -166,21 +167,19 @@ void VantoriumNativeAdView::didMoveToWindow() {
 void VantoriumNativeAdView::reportImpressionIfNeeded() {
   if (!nativeAd_ || window() == nullptr) return;
   if (std::exchange(nativeAd_->isImpressionReported, true)) return;
-  if (const auto client = configuredClient(client_))
-    client->httpClient->reportImpression(nativeAd_->impressionID);
+  if (const auto reports = services_.reports()) reports->reportImpression(nativeAd_->impressionID);
 }
 
 void VantoriumNativeAdView::didTapCTAButton() {
   if (!nativeAd_) return;
   const auto ad = nativeAd_;  // what is opened below may have this view filled anew
   if (!std::exchange(ad->isClickReported, true)) {
-    if (const auto client = configuredClient(client_))
-      client->httpClient->reportClick(ad->impressionID,
-                                      serverParameter ? serverParameter->parameters : std::nullopt);
+    if (const auto reports = services_.reports())
+      reports->reportClick(ad->impressionID, serverParameter ? serverParameter->parameters : std::nullopt);
   }
   if (const auto media = outlets.mediaView.lock()) media->pause();
-  if (const auto client = client_.lock()) {
-    client->context->tellDelegate(
+  if (const auto context = services_.context.lock()) {
+    context->tellDelegate(
         DelegateMethod::didReceiveClick,
         [placement = ad->placementID](VantoriumDelegate& delegate) { delegate.didReceiveClick(placement); });
   }

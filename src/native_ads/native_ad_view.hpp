@@ -9,8 +9,8 @@
 #include <vantorium/export.h>
 #include <vantorium/options.hpp>
 
-#include "client/client.hpp"
 #include "model/native_ad.hpp"
+#include "native_ads/ad_services.hpp"
 #include "native_ads/media_view.hpp"
 #include "native_ads/rating_view.hpp"
 #include "platform/host.hpp"
@@ -51,9 +51,8 @@ class VANTORIUM_HOST_API VantoriumNativeAdView : public ui::View {
   std::optional<VantoriumServerParameter> serverParameter;
   /// The ad shown; null for none.
   const std::shared_ptr<VantoriumNativeAd>& nativeAd() const { return nativeAd_; }
-  /// Shows the ad in place of another. `client` is whom to report to and to load pictures by; it is held
-  /// weakly.
-  void show(std::shared_ptr<VantoriumNativeAd> nativeAd, const std::shared_ptr<Client>& client);
+  /// Shows the ad in place of another; `services` are whom to report to and to load pictures by.
+  void show(std::shared_ptr<VantoriumNativeAd> nativeAd, AdServices services);
 
   void didTapCTAButton();
   void didTapPrivacyPolicyImageView();
@@ -70,7 +69,7 @@ class VANTORIUM_HOST_API VantoriumNativeAdView : public ui::View {
   std::function<void()> acting(void (VantoriumNativeAdView::*action)());
 
   Host& host_;
-  std::weak_ptr<Client> client_;
+  AdServices services_;
   std::shared_ptr<VantoriumNativeAd> nativeAd_;
 };
 

@@ -3,173 +3,178 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
+#include "archive/zip.hpp"
 #include "platform/foundation/files.hpp"
-#include "platform/foundation/thread_annotations.hpp"
-#include "platform/foundation/url.hpp"
 #include "precache/end_card_page.hpp"
 
 namespace vantorium {
 
+namespace fs = std::filesystem;
+
 namespace {
 
-constexpr std::size_t mostEndCardFiles = 500;
+constexpr int retries = 2;
+
+std::uint64_t sizeOf(const fs::path& path) {
+  std::error_code error;
+  const auto size = fs::file_size(path, error);
+  return error ? 0 : size;
+}
 
 }  // namespace
 
-/// Branches that run at the same time, and what becomes of them: `done` is called once, by the last to leave,
-/// with an error that one of them met.
-class CampaignController::Group {
- public:
-  Group(int branches, std::function<void(std::optional<Error>)> done)
-      : branches_(branches), done_(std::move(done)) {}
+CampaignController::CampaignController(std::shared_ptr<Campaign> campaign,
+                                       std::shared_ptr<SdkContext> context, CacheClient cache,
+                                       std::shared_ptr<DispatchQueue> unpackQueue, std::string placementID)
+    : campaign_(std::move(campaign)),
+      context_(std::move(context)),
+      cache_(std::move(cache)),
+      unpackQueue_(std::move(unpackQueue)),
+      placementID_(std::move(placementID)) {}
 
-  void leave(std::optional<Error> error) EXCLUDES(mutex_) {
-    {
-      const MutexLock lock(mutex_);
-      if (error) error_ = std::move(error);
-      if (--branches_ > 0) return;
-      error = error_;
+void CampaignController::precache(std::shared_ptr<DispatchQueue> queue, Completion completion) {
+  queue_ = std::move(queue);
+  completion_ = std::move(completion);
+  std::shared_ptr<const StoredPath> film;
+  for (const auto& earlier : cache_.files->shelf().find(*campaign_)) {
+    if (earlier->hasPageOf(*campaign_)) return completion_(earlier);
+    if (!isPlayable()) film = earlier->film;
+  }
+  auto plan = CreativePlan::make(*campaign_, *cache_.files, film != nullptr);
+  if (!plan) {
+    context_->logError(plan.error()->errorMessage());
+    return complete(*plan.error());
+  }
+  plan_ = std::move(*plan);
+  if (film) plan_.film = std::move(film);
+  files_.resize(plan_.downloads.size());
+  attempt();
+}
+
+/// Fetches what is missing.
+void CampaignController::attempt() {
+  context_->printLog((isPlayable() ? "Trying to precache HTML files for placement id: "
+                                   : "Trying to precache video and endcard for placement id: ") +
+                     placementID_);
+  std::vector<Download> missing;
+  for (std::size_t index = 0; index < files_.size(); ++index) {
+    if (!files_[index]) missing.push_back(plan_.downloads[index]);
+  }
+  cache_.downloads->precacheFiles(
+      std::move(missing), [self = shared_from_this()](const auto& files) { self->didDownload(files); });
+}
+
+void CampaignController::didDownload(const std::vector<Result<File>>& files) {
+  std::optional<Error> failure;
+  auto result = files.begin();
+  for (auto& file : files_) {
+    if (file) continue;
+    if (*result) {
+      file = **result;
+    } else if (!failure) {
+      failure = result->error();
     }
-    done_(std::move(error));
+    ++result;
   }
+  if (failure) return didFailToDownload(*failure);
+  if (!isPlayable()) return finish();
+  // Not here: other batches end on this queue, and a large archive takes its time.
+  unpackQueue_->async([self = shared_from_this()] { self->finish(); });
+}
 
- private:
-  Mutex mutex_;
-  int branches_ GUARDED_BY(mutex_);
-  std::optional<Error> error_ GUARDED_BY(mutex_);
-  const std::function<void(std::optional<Error>)> done_;
-};
-
-CampaignController::CampaignController(std::shared_ptr<Campaign> campaign, std::shared_ptr<Client> client,
-                                       std::string placementID)
-    : campaign_(std::move(campaign)), client_(std::move(client)), placementID_(std::move(placementID)) {}
-
-void CampaignController::precache(const std::shared_ptr<DispatchQueue>& queue, Completion completion) {
-  CacheClient& cache = *client_->cacheClient;
-  const auto earlier = cache.getCampaign(campaign_->hash);
-  // Others may have emptied the cache folder since.
-  const auto isOnDisk = [&cache](const Campaign& campaign) {
-    return campaign.type == "playable" ? cache.getHTMLPath(campaign.identifier).has_value()
-                                       : cache.hasFilesOnDisk(campaign.identifier);
-  };
-  if (earlier && isOnDisk(*earlier)) {
-    cache.shareFiles(campaign_->identifier, earlier->identifier);
-    completion(true, std::nullopt);
-    return;
+void CampaignController::didFailToDownload(const Error& error) {
+  if (FileDownloader::isWorthAnotherTry(error) && tryCounter_ < retries) {
+    ++tryCounter_;
+    queue_ = nullptr;
+    return attempt();
   }
-  if (campaign_->type == "playable") {
-    precachePlayable(queue, 0, completion);
-    return;
+  if (!isPlayable()) return complete(error);
+  complete(VantoriumError::internalError("Can't precache or save files. " + error.localizedDescription()));
+}
+
+void CampaignController::finish() {
+  auto error = preparePage();
+  if (error && cache_.files->shelf().makeRoom(*error)) error = preparePage();
+  if (error) {
+    context_->logError(error->errorMessage());
+    return complete(*error);
   }
-  if (const auto error = refusal()) {
-    client_->context->logError(error->errorMessage());
-    client_->context->onQueue(queue,
-                              [completion = std::move(completion), error] { completion(false, error); });
-    return;
-  }
-  precacheRewardableVideo(queue, 0, completion);
-}
-
-/// Why the campaign cannot be precached, however often it is tried.
-std::optional<Error> CampaignController::refusal() const {
-  const std::size_t files = hasEndCard() ? campaign_->endAssets.front().size() : 0;
-  if (files <= mostEndCardFiles) return std::nullopt;
-  return VantoriumError::internalError(fmt::format(
-      "Can't precache the end card: it has {} files, and at most {} are taken. Serve fewer files.", files,
-      mostEndCardFiles));
-}
-
-bool CampaignController::hasEndCard() const {
-  return !campaign_->endAssets.empty() && !campaign_->endURL.empty();
-}
-
-void CampaignController::precacheRewardableVideo(const std::shared_ptr<DispatchQueue>& queue, int tryCounter,
-                                                 const Completion& completion) {
-  client_->context->printLog("Trying to precache video and endcard for placement id: " + placementID_);
-  const auto ended = [weak = weak_from_this(), queue, tryCounter,
-                      completion](const std::optional<Error>& error) {
-    const auto self = weak.lock();
-    if (!self) return;
-    if (error && tryCounter < retries) {
-      self->precacheRewardableVideo(nullptr, tryCounter + 1, completion);
-    } else {
-      completion(!error, error);
-    }
-  };
-  const auto group = std::make_shared<Group>(
-      hasEndCard() ? 2 : 1, [context = client_->context, queue, ended](std::optional<Error> error) {
-        context->onQueue(queue, [ended, error = std::move(error)] { ended(error); });
-      });
-  precacheVideo(group);
-  if (hasEndCard()) precacheEndCard(group);
-}
-
-void CampaignController::precacheVideo(const std::shared_ptr<Group>& group) {
-  client_->httpClient->downloadFile(campaign_->videoURL,
-                                    [weak = weak_from_this(), group](auto data, auto error) {
-                                      const auto self = weak.lock();
-                                      if (!self) return;
-                                      if (data) {
-                                        self->saveVideo(*data);
-                                      } else {
-                                        self->client_->context->logError(error->errorMessage());
-                                      }
-                                      group->leave(std::move(error));
-                                    });
-}
-
-void CampaignController::saveVideo(const Data& data) const {
-  const auto url = URL::parse(campaign_->videoURL);
-  client_->context->printLog(fmt::format("Video successufully downloaded. Size {}KB  Placement id: {}",
-                                         data.size() / 1024, placementID_));
-  client_->cacheClient->add(data, campaign_->identifier, url ? url->pathExtension() : "");
-  client_->context->printLog("Video successufully saved to disk for placement id: " + placementID_);
-}
-
-void CampaignController::precacheEndCard(const std::shared_ptr<Group>& group) {
-  std::vector<std::string> urls = campaign_->endAssets.front();
-  urls.push_back(campaign_->customImage);
-  urls.push_back(campaign_->endURL.front());
-  client_->cacheClient->precacheFiles(
-      campaign_->identifier, urls, "", client_->fileDownloader,
-      [weak = weak_from_this(), group, urls](bool success, const std::vector<std::shared_ptr<File>>& files) {
-        const auto self = weak.lock();
-        if (!self) return;
-        if (success) self->finishEndCard(urls);
-        const auto failed =
-            std::ranges::find_if(files, [](const auto& file) { return file->error.has_value(); });
-        group->leave(failed == files.end() ? std::nullopt : (*failed)->error);
-      });
-}
-
-void CampaignController::finishEndCard(const std::vector<std::string>& urls) const {
-  updateHTMLWithRelativeAssets(campaign_->identifier, urls, campaign_->customImage);
-  client_->context->printLog(
-      "End card HTML files successufully downloaded and saved to disk for placement id: " + placementID_);
-}
-
-void CampaignController::updateHTMLWithRelativeAssets(const std::string& forIndetifier,
-                                                      const std::vector<std::string>& assestURLs,
-                                                      const std::string& customImage) const {
-  const auto path = client_->cacheClient->getHTMLPath(forIndetifier);
-  if (!path) return;
-  std::optional<std::string> local;
-  std::error_code unknown;
-  if (std::filesystem::file_size(*path, unknown) <= largestPage) {
-    std::optional<Error> ignored;
-    const auto page = readTextFile(*path, ignored);
-    if (!page) return;
-    local = pageWithRelativeAssets(*page, assestURLs, customImage);
-  }
-  if (local) {
-    writeFileAtomically(*path, *local);
+  if (isPlayable()) {
+    context_->printLog("HTML files successufully downloaded and saved to disk for placement id: " +
+                       placementID_);
   } else {
-    client_->context->logError(fmt::format(
-        "Can't let the end card's page refer to the files on disk: it has more than {} bytes.", largestPage));
+    context_->printLog(fmt::format("Video successufully downloaded. Size {}KB  Placement id: {}",
+                                   sizeOf(plan_.film->path()) / 1024, placementID_));
+    context_->printLog("Video successufully saved to disk for placement id: " + placementID_);
+    if (plan_.folder) {
+      context_->printLog("End card HTML files successufully downloaded and saved to disk for placement id: " +
+                         placementID_);
+    }
   }
+  auto creative = makeCreative();
+  cache_.files->shelf().add(creative);
+  complete(std::move(creative));
+}
+
+std::optional<Error> CampaignController::preparePage() {
+  return isPlayable() ? unpack() : updateHTMLWithRelativeAssets();
+}
+
+std::optional<Error> CampaignController::unpack() {
+  const auto count = [this](const fs::path& file) { unpackedBytes_ += sizeOf(file); };
+  const fs::path archive = plan_.archive;
+  const auto isCancelled = [this] { return context_->hasEnded(); };
+  const auto unzip = [&] {
+    unpackedBytes_ = 0;
+    return Zip::unzipFile(archive, archive.parent_path(), true, {}, {}, count, {}, isCancelled);
+  };
+  auto failure = unzip();
+  if (failure && cache_.files->shelf().makeRoom(posixError(failure->systemCode(), "write", archive)))
+    failure = unzip();
+  if (failure) return *failure;
+  // It takes the place of a page of that name from the archive.
+  return writeFileAtomically(*plan_.page, "<html><body>" + campaign_->tag + "</body></html>");
+}
+
+std::optional<Error> CampaignController::updateHTMLWithRelativeAssets() const {
+  if (!plan_.page) return std::nullopt;
+  std::optional<std::string> local;
+  if (sizeOf(*plan_.page) <= largestPage) {
+    std::optional<Error> error;
+    const auto page = readTextFile(*plan_.page, error);
+    // A page in another encoding stays as it is: its addresses may lead to the network.
+    if (!page) return error->code() == EILSEQ ? std::nullopt : error;
+    local = pageWithRelativeAssets(*page, plan_.pageAddresses, campaign_->customImage);
+  }
+  if (local) return writeFileAtomically(*plan_.page, *local);
+  context_->logError(fmt::format(
+      "Can't let the end card's page refer to the files on disk: it has more than {} bytes.", largestPage));
+  return std::nullopt;
+}
+
+std::shared_ptr<const Creative> CampaignController::makeCreative() const {
+  auto creative = std::make_shared<Creative>();
+  creative->record = campaign_;
+  creative->film = plan_.film;
+  creative->folder = plan_.folder;
+  creative->page = plan_.page;
+  creative->bytes = unpackedBytes_ + (plan_.film ? sizeOf(plan_.film->path()) : 0);
+  for (const auto& file : files_) {
+    if (file->destinationPath != (plan_.film ? plan_.film->path() : ""))
+      creative->bytes += file->answer.bytes;
+    creative->answers.push_back(file->answer);
+  }
+  return creative;
+}
+
+void CampaignController::complete(Outcome outcome) const {
+  context_->onQueue(queue_,
+                    [completion = completion_, outcome = std::move(outcome)] { completion(outcome); });
 }
 
 }  // namespace vantorium

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -7,57 +8,60 @@
 #include <vector>
 
 #include <vantorium/dispatch_queue.hpp>
-#include <vantorium/error.hpp>
 
-#include "client/client.hpp"
+#include "cache/cache_client.hpp"
+#include "context/sdk_context.hpp"
 #include "model/campaign.hpp"
+#include "precache/creative_plan.hpp"
 
 namespace vantorium {
 
-/// Turns one campaign into files on disk. For a playable one: its archive, unpacked where it lies, and the
-/// page that brings it to the screen. For any other: its video and, at the same time, its end card, whose
-/// page is rewritten to refer to the local copies. A download that fails is tried twice more; an end card of
-/// too many files is refused at once.
+/// Turns one campaign into a `Creative`: its film and its end card, whose page is rewritten to refer to the
+/// local copies; or a playable's archive, unpacked where it lies, and the page that brings it to the screen.
+/// What an earlier campaign has on disk is shared. A download that fails is tried twice more; what another
+/// try cannot mend is not.
 ///
-/// The owner keeps the controller until the completion has run; dropping it earlier ends the precache in
-/// silence, in the middle of an archive too.
+/// It lives until its completion has run.
 class CampaignController : public std::enable_shared_from_this<CampaignController> {
  public:
-  using Completion = std::function<void(bool success, std::optional<Error> error)>;
+  using Outcome = Result<std::shared_ptr<const Creative>>;
+  using Completion = std::function<void(Outcome creative)>;
 
-  CampaignController(std::shared_ptr<Campaign> campaign, std::shared_ptr<Client> client,
-                     std::string placementID);
-
-  const std::shared_ptr<Campaign>& campaign() const { return campaign_; }
+  /// Archives are unpacked on `unpackQueue`, one after another: so they take one of the few workers at most.
+  CampaignController(std::shared_ptr<Campaign> campaign, std::shared_ptr<SdkContext> context,
+                     CacheClient cache, std::shared_ptr<DispatchQueue> unpackQueue, std::string placementID);
 
   /// Precaches the campaign. Completes at once, on the caller's thread, when its creative is on disk already;
-  /// later on `queue` (null is the main queue); after another try on the main queue. Any thread.
-  void precache(const std::shared_ptr<DispatchQueue>& queue, Completion completion);
+  /// later on `queue` (null is the main queue); after another try on the main queue. On failure nothing of it
+  /// stays on disk. Any thread; once.
+  void precache(std::shared_ptr<DispatchQueue> queue, Completion completion);
 
  private:
-  class Group;
-
-  void precachePlayable(const std::shared_ptr<DispatchQueue>& queue, int tryCounter,
-                        const Completion& completion);
-  std::string playablePathToRemove() const;
-
-  std::optional<Error> refusal() const;
-  bool hasEndCard() const;
-  void precacheRewardableVideo(const std::shared_ptr<DispatchQueue>& queue, int tryCounter,
-                               const Completion& completion);
-  void precacheVideo(const std::shared_ptr<Group>& group);
-  void saveVideo(const Data& data) const;
-  void precacheEndCard(const std::shared_ptr<Group>& group);
-  void finishEndCard(const std::vector<std::string>& urls) const;
-  void updateHTMLWithRelativeAssets(const std::string& forIndetifier,
-                                    const std::vector<std::string>& assestURLs,
-                                    const std::string& customImage) const;
-
-  static constexpr int retries = 2;
+  bool isPlayable() const { return campaign_->type == CampaignType::playable; }
+  void attempt();
+  void didDownload(const std::vector<Result<File>>& files);
+  void didFailToDownload(const Error& error);
+  void finish();
+  std::optional<Error> preparePage();
+  std::optional<Error> unpack();
+  std::optional<Error> updateHTMLWithRelativeAssets() const;
+  std::shared_ptr<const Creative> makeCreative() const;
+  void complete(Outcome outcome) const;
 
   const std::shared_ptr<Campaign> campaign_;
-  const std::shared_ptr<Client> client_;
+  const std::shared_ptr<SdkContext> context_;
+  const CacheClient cache_;
+  const std::shared_ptr<DispatchQueue> unpackQueue_;
   const std::string placementID_;
+
+  // One step after another uses these; each begins when the one before has ended.
+  std::shared_ptr<DispatchQueue> queue_;
+  Completion completion_;
+  CreativePlan plan_;
+  std::vector<std::optional<File>>
+      files_;  ///< one for each download of the plan; none as long as it is missing
+  int tryCounter_ = 0;
+  std::uint64_t unpackedBytes_ = 0;
 };
 
 }  // namespace vantorium

@@ -3,9 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
-#include "platform/foundation/async_block_operation.hpp"
+#include "platform/foundation/gather.hpp"
 #include "precache/campaign_controller.hpp"
 
 namespace vantorium {
@@ -14,26 +15,32 @@ namespace {
 
 constexpr int campaignsPerFetch = 1;
 constexpr int concurrentCampaigns = 5;
-constexpr int concurrentPlacements = 1;
-constexpr Seconds retryDelay{3600};
-constexpr int retriesPerSeries = 5;
 
 }  // namespace
 
 struct CampaignPrecacher::Pass {
   std::string placement;
+  PrecachingPlacements::Mark mark;  ///< held until the pass has ended
   std::shared_ptr<DispatchQueue> queue;
   Completion completion;
-
-  Mutex mutex;
-  std::vector<std::shared_ptr<CampaignController>> controllers GUARDED_BY(mutex);
-  std::vector<std::shared_ptr<Campaign>> succeeded GUARDED_BY(mutex);
-  std::optional<Error> lastError GUARDED_BY(mutex);
+  std::atomic<int> ended{0};  ///< campaigns
 };
 
-CampaignPrecacher::CampaignPrecacher(std::shared_ptr<Client> client,
+/// What came of one campaign.
+struct CampaignPrecacher::Outcome {
+  std::shared_ptr<Campaign> campaign;
+  CampaignController::Outcome creative;
+  int order = 0;  ///< in which they ended
+};
+
+CampaignPrecacher::CampaignPrecacher(std::shared_ptr<SdkContext> context,
+                                     std::shared_ptr<HTTPClient> httpClient, CacheClient cache,
                                      std::shared_ptr<PrecachingPlacements> placements)
-    : client_(std::move(client)), context_(client_->context), precachingPlacements_(std::move(placements)) {}
+    : context_(std::move(context)),
+      httpClient_(std::move(httpClient)),
+      cache_(std::move(cache)),
+      precachingPlacements_(std::move(placements)),
+      unpackQueue_(DispatchQueue::serial("vantorium.unpack")) {}
 
 void CampaignPrecacher::refuse(const std::string& placement, const std::shared_ptr<DispatchQueue>& queue,
                                const Error& error, Completion completion) const {
@@ -44,74 +51,44 @@ void CampaignPrecacher::refuse(const std::string& placement, const std::shared_p
 }
 
 bool CampaignPrecacher::needsFetch(const std::string& placement) const {
-  const int ready = client_->cacheClient->getNumberOfCampaigns(placement);
+  const auto ready = cache_.inventory->getNumberOfFreshCampaigns(placement, context_->host().clock().now());
   if (ready == 0) return true;
-  // The one that is left is on screen, and nobody else will replenish it.
+  // Nobody else will replenish a placement whose ad is on screen.
   const SdkContext::Flags flags = context_->flags();
   return ready == 1 && !flags.autoCaching && flags.showingPlacement == placement;
 }
 
 void CampaignPrecacher::precacheCampaigns(const std::string& forPlacement,
                                           std::shared_ptr<DispatchQueue> queue, Completion completion) {
-  if (!context_->flags().isConfigured) {
-    refuse(forPlacement, queue, VantoriumError::notConfigured(), std::move(completion));
-    return;
-  }
-  using Beginning = PrecachingPlacements::Beginning;
-  const Beginning beginning =
-      precachingPlacements_->begin(forPlacement, [&] { return needsFetch(forPlacement); });
-  if (beginning == Beginning::underWay) {
-    refuse(forPlacement, queue, VantoriumError::functionInProgress(), std::move(completion));
-    return;
-  }
-  if (beginning == Beginning::ready) {
+  if (!context_->flags().isConfigured)
+    return refuse(forPlacement, queue, VantoriumError::notConfigured(), std::move(completion));
+  auto beginning = precachingPlacements_->begin(forPlacement, [&] { return needsFetch(forPlacement); });
+  if (beginning.isUnderWay)
+    return refuse(forPlacement, queue, VantoriumError::functionInProgress(), std::move(completion));
+  if (!beginning.mark) {
     context_->tellDelegate(DelegateMethod::didPrecache, [forPlacement](VantoriumDelegate& delegate) {
       delegate.didPrecache(forPlacement);
     });
     context_->onQueue(queue, [completion = std::move(completion)] { completion(true, std::nullopt); });
     return;
   }
-  auto finished = [self = shared_from_this(), forPlacement, queue, completion = std::move(completion)](
-                      bool success, const std::optional<Error>& error) {
-    self->finish(forPlacement, queue, success, error, completion);
-  };
-  tryPrecacheCampaigns(forPlacement, campaignsPerFetch, std::move(queue), std::move(finished));
-}
-
-void CampaignPrecacher::finish(const std::string& placement, const std::shared_ptr<DispatchQueue>& queue,
-                               bool success, const std::optional<Error>& error, Completion completion) {
-  precachingPlacements_->end(placement);
-  const auto method = success ? DelegateMethod::didPrecache : DelegateMethod::didFailPrecache;
-  context_->tellDelegate(method, [placement, success, error](VantoriumDelegate& delegate) {
-    if (success) {
-      delegate.didPrecache(placement);
-    } else {
-      delegate.didFailPrecache(placement, error);
-    }
-  });
-  context_->onQueue(queue,
-                    [completion = std::move(completion), success, error] { completion(success, error); });
-  checkAutoCaching(placement, error);
-}
-
-void CampaignPrecacher::tryPrecacheCampaigns(const std::string& forPlacement, int numberOf,
-                                             std::shared_ptr<DispatchQueue> queue, Completion completion) {
-  context_->printLog("Fetch campaigns from the server.");
-  std::vector<std::string> cachedIDs;
-  for (const auto& campaign : client_->cacheClient->getCampaigns(forPlacement)) {
-    cachedIDs.push_back(campaign->campaignID);
-  }
-  auto pass = std::make_shared<Pass>();
+  const auto pass = std::make_shared<Pass>();
   pass->placement = forPlacement;
+  pass->mark = std::move(beginning.mark);
   pass->queue = std::move(queue);
   pass->completion = std::move(completion);
-  client_->httpClient->getCampaigns(
-      forPlacement, numberOf, cachedIDs,
+  tryPrecacheCampaigns(pass, campaignsPerFetch);
+}
+
+void CampaignPrecacher::tryPrecacheCampaigns(const std::shared_ptr<Pass>& pass, int numberOf) {
+  context_->printLog("Fetch campaigns from the server.");
+  httpClient_->getCampaigns(
+      pass->placement, numberOf, cache_.inventory->campaignIDs(pass->placement),
       [self = shared_from_this(), pass](const std::vector<std::shared_ptr<Campaign>>& campaigns,
                                         const std::optional<Error>& error) {
         if (error) {
           self->context_->logError(error->errorMessage());
-          self->context_->onQueue(pass->queue, [pass, error] { pass->completion(false, error); });
+          self->context_->onQueue(pass->queue, [self, pass, error] { self->finish(pass, false, error); });
           return;
         }
         self->context_->printLog("Campaigns successfully fetched from server.");
@@ -121,136 +98,76 @@ void CampaignPrecacher::tryPrecacheCampaigns(const std::string& forPlacement, in
 
 void CampaignPrecacher::precacheFetched(const std::shared_ptr<Pass>& pass,
                                         const std::vector<std::shared_ptr<Campaign>>& campaigns) {
-  if (campaigns.empty()) {
-    endPass(pass);  // a queue without operations never completes
-    return;
-  }
-  const auto operations = std::make_shared<BlockOperationQueue>();
-  operations->setMaxConcurrentOperationCount(concurrentCampaigns);
-  operations->setCompletionBlock([self = shared_from_this(), pass] { self->endPass(pass); });
-  std::vector<std::shared_ptr<AsyncBlockOperation>> batch;
-  batch.reserve(campaigns.size());
-  for (const auto& campaign : campaigns) {
-    batch.push_back(std::make_shared<AsyncBlockOperation>(
-        operations,
-        [self = shared_from_this(), pass, campaign](const std::shared_ptr<AsyncBlockOperation>& operation) {
-          self->precacheOne(pass, campaign, [operation] { operation->finish(); });
-        }));
-  }
-  operations->addOperations(batch);
+  const Outcome dropped{nullptr, VantoriumError::internalError("The work was dropped. Try again.")};
+  gather<Outcome, std::shared_ptr<Campaign>>(
+      campaigns, concurrentCampaigns, dropped,
+      [self = shared_from_this(), pass](const auto& campaign, std::function<void(Outcome)> ended) {
+        const auto controller = std::make_shared<CampaignController>(campaign, self->context_, self->cache_,
+                                                                     self->unpackQueue_, pass->placement);
+        controller->precache(pass->queue, [context = self->context_, pass, campaign,
+                                           ended = std::move(ended)](CampaignController::Outcome creative) {
+          if (creative) {
+            context->printLog(fmt::format("Campaign files successfully saved to disk for placement id: {}",
+                                          pass->placement));
+          }
+          ended({campaign, std::move(creative), ++pass->ended});
+        });
+      },
+      [self = shared_from_this(), pass](std::vector<Outcome> outcomes) {
+        std::ranges::stable_sort(outcomes, {}, &Outcome::order);
+        self->endPass(pass, outcomes);
+      });
 }
 
-void CampaignPrecacher::precacheOne(const std::shared_ptr<Pass>& pass,
-                                    const std::shared_ptr<Campaign>& campaign, std::function<void()> done) {
-  const auto controller = std::make_shared<CampaignController>(campaign, client_, pass->placement);
-  {
-    MutexLock lock(pass->mutex);
-    pass->controllers.push_back(controller);
-  }
-  controller->precache(pass->queue, [self = shared_from_this(), pass, campaign, done = std::move(done)](
-                                        bool success, std::optional<Error> error) {
-    if (success) {
-      self->context_->printLog(
-          fmt::format("Campaign files successfully saved to disk for placement id: {}", pass->placement));
-    }
-    {
-      MutexLock lock(pass->mutex);
-      if (success) pass->succeeded.push_back(campaign);
-      pass->lastError = std::move(error);
-    }
-    done();
-  });
-}
-
-void CampaignPrecacher::endPass(const std::shared_ptr<Pass>& pass) {
-  std::vector<std::shared_ptr<CampaignController>> controllers;
-  std::vector<std::shared_ptr<Campaign>> succeeded;
+void CampaignPrecacher::endPass(const std::shared_ptr<Pass>& pass, const std::vector<Outcome>& outcomes) {
+  const Date now = context_->host().clock().now();
+  bool success = false;
   std::optional<Error> lastError;
-  {
-    MutexLock lock(pass->mutex);
-    controllers.swap(pass->controllers);
-    succeeded = pass->succeeded;
-    lastError = pass->lastError;
+  for (const auto& [campaign, creative, order] : outcomes) {
+    lastError = creative.error();
+    if (!creative) continue;
+    cache_.inventory->add({campaign, *creative, now}, pass->placement);
+    success = true;
   }
-  for (const auto& campaign : succeeded) client_->cacheClient->add(campaign, pass->placement);
-  context_->onQueue(pass->queue, [context = context_, pass, success = !succeeded.empty(), lastError] {
-    context->printLog(fmt::format("Precaching finished for placement id: {}", pass->placement));
-    pass->completion(success, lastError);
+  context_->onQueue(pass->queue, [self = shared_from_this(), pass, success, lastError] {
+    self->context_->printLog(fmt::format("Precaching finished for placement id: {}", pass->placement));
+    self->finish(pass, success, lastError);
   });
 }
 
-void CampaignPrecacher::startAutoCaching(const std::vector<std::string>& placements) {
-  {
-    MutexLock lock(mutex_);
-    autoCachingPlacements_ = placements;
-  }
-  precacheCampaignsOneBy(placements);
-}
-
-void CampaignPrecacher::precacheCampaignsOneBy(const std::vector<std::string>& placements) {
-  const auto operations = std::make_shared<BlockOperationQueue>();
-  operations->setMaxConcurrentOperationCount(concurrentPlacements);
-  for (const std::string& placement : placements) {
-    operations->addOperation(std::make_shared<AsyncBlockOperation>(
-        operations,
-        [self = shared_from_this(), placement](const std::shared_ptr<AsyncBlockOperation>& operation) {
-          self->precacheCampaigns(placement, nullptr,
-                                  [operation](bool, const std::optional<Error>&) { operation->finish(); });
-        }));
-  }
-}
-
-void CampaignPrecacher::checkAutoCaching(const std::string& placement, const std::optional<Error>& error) {
-  std::vector<std::string> placements;
-  bool hasTimer = false;
-  {
-    MutexLock lock(mutex_);
-    placements = autoCachingPlacements_;
-    hasTimer = autoCachingTimer_ != nullptr;
-  }
-  const auto isReady = [this](const std::string& each) {
-    return client_->cacheClient->getNumberOfCampaigns(each) > 0;
-  };
-  if (std::all_of(placements.begin(), placements.end(), isReady)) {
-    endRetrySeries();
-    return;
-  }
-  // Only the service's own failures are worth asking again for: it may have an ad in an hour.
-  if (!error || !VantoriumError::is(*error, VantoriumError::internalErrorCode)) return;
-  if (std::find(placements.begin(), placements.end(), placement) == placements.end()) return;
-  if (!context_->flags().autoCaching || hasTimer) return;
-  auto timer = context_->host().clock().schedule(retryDelay, false, [weak = weak_from_this()] {
-    if (const auto self = weak.lock()) self->autoCachingTimerHandler();
-  });
-  MutexLock lock(mutex_);
-  if (!autoCachingTimer_) autoCachingTimer_.swap(timer);
-}
-
-void CampaignPrecacher::endRetrySeries() {
-  std::unique_ptr<Timer> dropped;  // goes after the lock: a timer is the host's
-  MutexLock lock(mutex_);
-  dropped = std::move(autoCachingTimer_);
-  autoCachingTimerCount_ = 0;
-}
-
-void CampaignPrecacher::autoCachingTimerHandler() {
-  std::unique_ptr<Timer> fired;
-  std::vector<std::string> placements;
-  {
-    MutexLock lock(mutex_);
-    fired = std::move(autoCachingTimer_);
-    if (autoCachingTimerCount_ + 1 > retriesPerSeries) {
-      autoCachingTimerCount_ = 0;
-      return;
+void CampaignPrecacher::finish(const std::shared_ptr<Pass>& pass, bool success,
+                               const std::optional<Error>& error) const {
+  pass->mark = nullptr;
+  const auto method = success ? DelegateMethod::didPrecache : DelegateMethod::didFailPrecache;
+  context_->tellDelegate(method, [placement = pass->placement, success, error](VantoriumDelegate& delegate) {
+    if (success) {
+      delegate.didPrecache(placement);
+    } else {
+      delegate.didFailPrecache(placement, error);
     }
-    ++autoCachingTimerCount_;
-    placements = autoCachingPlacements_;
-  }
-  precacheCampaignsOneBy(placements);
+  });
+  context_->onQueue(pass->queue, [pass, success, error] { pass->completion(success, error); });
+  if (observer_) observer_(pass->placement, error);
 }
 
-bool CampaignPrecacher::isCampaignReady(const std::string& placementID) const {
-  return context_->flags().isConfigured && client_->cacheClient->hasNextCampaign(placementID);
+bool CampaignPrecacher::isCampaignReady(const std::string& placementID) {
+  if (!context_->flags().isConfigured) return false;
+  const bool hadSome = cache_.inventory->hasCampaigns(placementID);
+  const bool isReady = cache_.inventory->getNextCampaign(placementID).has_value();
+  if (hadSome && !isReady) replaceLost(placementID);
+  return isReady;
+}
+
+std::optional<ReadyCampaign> CampaignPrecacher::takeCampaign(const std::string& placementID) {
+  const bool hadSome = cache_.inventory->hasCampaigns(placementID);
+  auto taken = cache_.inventory->takeNextCampaign(placementID);
+  if (hadSome && !taken) replaceLost(placementID);
+  return taken;
+}
+
+/// Somebody has removed the files of all that was ready.
+void CampaignPrecacher::replaceLost(const std::string& placement) {
+  if (context_->flags().autoCaching) precacheCampaigns(placement, nullptr, [](bool, auto&&) {});
 }
 
 void CampaignPrecacher::canView(const std::string& forPlacement, std::shared_ptr<DispatchQueue> queue,
@@ -260,9 +177,9 @@ void CampaignPrecacher::canView(const std::string& forPlacement, std::shared_ptr
         queue, [completion = std::move(completion)] { completion(false, VantoriumError::notConfigured()); });
     return;
   }
-  client_->httpClient->canView(forPlacement, [context = context_, queue = std::move(queue),
-                                              completion = std::move(completion)](
-                                                 bool allowed, std::optional<Error> error) {
+  httpClient_->canView(forPlacement, [context = context_, queue = std::move(queue),
+                                      completion = std::move(completion)](bool allowed,
+                                                                          std::optional<Error> error) {
     context->onQueue(queue, [completion, allowed, error = std::move(error)] { completion(allowed, error); });
   });
 }

@@ -4,8 +4,7 @@
 
 #include <utility>
 
-#include "platform/foundation/async_block_operation.hpp"
-#include "platform/foundation/thread_annotations.hpp"
+#include "platform/foundation/gather.hpp"
 #include "precache/native_ad_controller.hpp"
 
 namespace vantorium {
@@ -19,29 +18,31 @@ constexpr int concurrentAds = 5;
 
 struct NativeAdPrecacher::Pass {
   std::string placement;
+  PrecachingPlacements::Mark mark;  ///< held until the pass has ended
   bool shouldDownloadAssets = true;
   std::shared_ptr<DispatchQueue> queue;
   Completion completion;
   NativeAds ads;  ///< written once, before the work on them begins
-
-  Mutex mutex;
-  std::vector<std::shared_ptr<NativeAdController>> controllers GUARDED_BY(mutex);
-  std::optional<Error> error GUARDED_BY(mutex);
 };
 
-NativeAdPrecacher::NativeAdPrecacher(std::shared_ptr<Client> client,
+NativeAdPrecacher::NativeAdPrecacher(std::shared_ptr<SdkContext> context,
+                                     std::shared_ptr<HTTPClient> httpClient, CacheClient cache,
                                      std::shared_ptr<PrecachingPlacements> placements)
-    : client_(std::move(client)), context_(client_->context), precachingPlacements_(std::move(placements)) {}
+    : context_(std::move(context)),
+      httpClient_(std::move(httpClient)),
+      cache_(std::move(cache)),
+      precachingPlacements_(std::move(placements)) {}
 
 void NativeAdPrecacher::precacheNativeAds(const std::string& forPlacement,
                                           std::shared_ptr<VantoriumNativeAdOptions> options,
                                           std::shared_ptr<DispatchQueue> queue, Completion completion) {
   std::optional<Error> refusal;
+  PrecachingPlacements::Beginning beginning;
   if (!context_->flags().isConfigured) {
     refusal = VantoriumError::notConfigured();
-  } else if (precachingPlacements_->begin(forPlacement, [] { return true; }) ==
-             PrecachingPlacements::Beginning::underWay) {
-    refusal = VantoriumError::functionInProgress();
+  } else {
+    beginning = precachingPlacements_->begin(forPlacement, [] { return true; });
+    if (beginning.isUnderWay) refusal = VantoriumError::functionInProgress();
   }
   if (refusal) {
     context_->onQueue(queue, [completion = std::move(completion), refusal] { completion({}, refusal); });
@@ -51,10 +52,11 @@ void NativeAdPrecacher::precacheNativeAds(const std::string& forPlacement,
   if (options->numberOfAdsToPrecache > mostAdsPerRequest) options->numberOfAdsToPrecache = mostAdsPerRequest;
   const auto pass = std::make_shared<Pass>();
   pass->placement = forPlacement;
+  pass->mark = std::move(beginning.mark);
   pass->shouldDownloadAssets = options->shouldDownloadAssets;
   pass->queue = std::move(queue);
   pass->completion = std::move(completion);
-  client_->httpClient->getNativeAds(
+  httpClient_->getNativeAds(
       forPlacement, {{"creativeType", options->creativeType}}, options->numberOfAdsToPrecache, {},
       [self = shared_from_this(), pass](NativeAds ads, const std::optional<Error>& error) {
         pass->ads = std::move(ads);
@@ -70,51 +72,29 @@ void NativeAdPrecacher::precacheNativeAds(const std::string& forPlacement,
 
 void NativeAdPrecacher::precacheFetched(const std::shared_ptr<Pass>& pass) {
   if (!pass->shouldDownloadAssets || pass->ads.empty()) return finish(pass, std::nullopt);
-  const auto operations = std::make_shared<BlockOperationQueue>();
-  operations->setMaxConcurrentOperationCount(concurrentAds);
-  operations->setCompletionBlock([self = shared_from_this(), pass] {
-    std::vector<std::shared_ptr<NativeAdController>> controllers;  // go when no lock is held
-    std::optional<Error> error;
-    {
-      const MutexLock lock(pass->mutex);
-      controllers.swap(pass->controllers);
-      error = pass->error;
-    }
-    self->finish(pass, error);
-  });
-  std::vector<std::shared_ptr<AsyncBlockOperation>> batch;
-  for (const auto& ad : pass->ads) {
-    batch.push_back(std::make_shared<AsyncBlockOperation>(
-        operations,
-        [self = shared_from_this(), pass, ad](const std::shared_ptr<AsyncBlockOperation>& operation) {
-          self->precacheOne(pass, ad, [operation] { operation->finish(); });
-        }));
-  }
-  operations->addOperations(batch);
-}
-
-void NativeAdPrecacher::precacheOne(const std::shared_ptr<Pass>& pass,
-                                    const std::shared_ptr<VantoriumNativeAd>& ad,
-                                    std::function<void()> done) {
-  const auto controller = std::make_shared<NativeAdController>(ad, client_);
-  {
-    const MutexLock lock(pass->mutex);
-    pass->controllers.push_back(controller);
-  }
-  controller->precache(
-      pass->queue, [context = context_, pass, done = std::move(done)](bool, std::optional<Error> error) {
-        context->printLog(
-            fmt::format("Native ad files successfully saved to disk for placement id: {}", pass->placement));
-        if (error) {
-          const MutexLock lock(pass->mutex);
-          pass->error = std::move(error);
+  using Outcome = std::optional<Error>;
+  gather<Outcome, std::shared_ptr<VantoriumNativeAd>>(
+      pass->ads, concurrentAds, VantoriumError::internalError("The work was dropped. Try again."),
+      [self = shared_from_this(), pass](const auto& ad, std::function<void(Outcome)> ended) {
+        std::make_shared<NativeAdController>(ad, self->context_, self->cache_)
+            ->precache(
+                pass->queue, [context = self->context_, pass, ended = std::move(ended)](Outcome error) {
+                  context->printLog(fmt::format(
+                      "Native ad files successfully saved to disk for placement id: {}", pass->placement));
+                  ended(std::move(error));
+                });
+      },
+      [self = shared_from_this(), pass](const std::vector<Outcome>& outcomes) {
+        Outcome error;
+        for (const auto& each : outcomes) {
+          if (each) error = each;
         }
-        done();
+        self->finish(pass, error);
       });
 }
 
-void NativeAdPrecacher::finish(const std::shared_ptr<Pass>& pass, const std::optional<Error>& error) {
-  precachingPlacements_->end(pass->placement);
+void NativeAdPrecacher::finish(const std::shared_ptr<Pass>& pass, const std::optional<Error>& error) const {
+  pass->mark = nullptr;
   const auto method = error ? DelegateMethod::didFailPrecache : DelegateMethod::didPrecache;
   context_->tellDelegate(method, [placement = pass->placement, error](VantoriumDelegate& delegate) {
     if (error) {

@@ -10,9 +10,11 @@
 #include <vantorium/error.hpp>
 #include <vantorium/options.hpp>
 
-#include "client/client.hpp"
+#include "cache/cache_client.hpp"
+#include "context/sdk_context.hpp"
 #include "model/native_ad.hpp"
 #include "precache/precaching_placements.hpp"
+#include "protocol/http_client.hpp"
 
 namespace vantorium {
 
@@ -23,7 +25,8 @@ class NativeAdPrecacher : public std::enable_shared_from_this<NativeAdPrecacher>
   using NativeAds = std::vector<std::shared_ptr<VantoriumNativeAd>>;
   using Completion = std::function<void(NativeAds ads, std::optional<Error> error)>;
 
-  NativeAdPrecacher(std::shared_ptr<Client> client, std::shared_ptr<PrecachingPlacements> placements);
+  NativeAdPrecacher(std::shared_ptr<SdkContext> context, std::shared_ptr<HTTPClient> httpClient,
+                    CacheClient cache, std::shared_ptr<PrecachingPlacements> placements);
 
   /// Once accepted, the delegate hears of the result on the main queue; then, or when refused, the completion
   /// is called on `queue` (null: the main queue), once. Null options stand for fresh ones; a number of ads
@@ -36,12 +39,11 @@ class NativeAdPrecacher : public std::enable_shared_from_this<NativeAdPrecacher>
   struct Pass;
 
   void precacheFetched(const std::shared_ptr<Pass>& pass);
-  void precacheOne(const std::shared_ptr<Pass>& pass, const std::shared_ptr<VantoriumNativeAd>& ad,
-                   std::function<void()> done);
-  void finish(const std::shared_ptr<Pass>& pass, const std::optional<Error>& error);
+  void finish(const std::shared_ptr<Pass>& pass, const std::optional<Error>& error) const;
 
-  const std::shared_ptr<Client> client_;
   const std::shared_ptr<SdkContext> context_;
+  const std::shared_ptr<HTTPClient> httpClient_;
+  const CacheClient cache_;
   const std::shared_ptr<PrecachingPlacements> precachingPlacements_;
 };
 

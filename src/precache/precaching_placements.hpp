@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <set>
 #include <string>
 
@@ -9,12 +10,13 @@ namespace vantorium {
 
 /// The placements that are being precached, whatever the kind of their ads: one request each at a time. Any
 /// thread.
-class PrecachingPlacements {
+class PrecachingPlacements : public std::enable_shared_from_this<PrecachingPlacements> {
  public:
-  enum class Beginning {
-    underWay,  ///< it is being precached already
-    ready,     ///< there is nothing to do
-    begun,     ///< the placement is marked until `end`
+  /// The placement is marked as long as somebody holds this.
+  using Mark = std::shared_ptr<void>;
+  struct Beginning {
+    bool isUnderWay = false;  ///< it is being precached already
+    Mark mark;                ///< null when it is under way, or when there is nothing to do
   };
 
   /// One step: a placement with nothing to do never looks under way to others, however short. `isNeeded` is
@@ -22,18 +24,20 @@ class PrecachingPlacements {
   template <typename IsNeeded>
   Beginning begin(const std::string& placement, IsNeeded isNeeded) EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
-    if (placements_.contains(placement)) return Beginning::underWay;
-    if (!isNeeded()) return Beginning::ready;
+    if (placements_.contains(placement)) return {.isUnderWay = true, .mark = nullptr};
+    if (!isNeeded()) return {};
+    Mark mark(static_cast<void*>(this),
+              [self = shared_from_this(), placement](void*) { self->end(placement); });
     placements_.insert(placement);
-    return Beginning::begun;
+    return {.isUnderWay = false, .mark = std::move(mark)};
   }
 
+ private:
   void end(const std::string& placement) EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
     placements_.erase(placement);
   }
 
- private:
   Mutex mutex_;
   std::set<std::string> placements_ GUARDED_BY(mutex_);
 };

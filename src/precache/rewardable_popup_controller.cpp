@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <filesystem>
-
 #include "platform/foundation/files.hpp"
 #include "precache/end_card_page.hpp"
 #include "precache/template_page.hpp"
@@ -14,32 +12,38 @@ std::optional<std::string> RewardablePopupController::processHTML(const std::str
   return filledTemplate(html, offer_->offer);
 }
 
-std::optional<Error> RewardablePopupController::prepare(const std::string& placementID,
-                                                        const std::string& html) const {
-  SdkContext& context = *client_->context;
-  context.printLog("Rewardable Offer entity successufully fetched from server. Placement id: " + placementID);
-  context.printLog("Trying to update HTML template with Rewardable Offer data. Placement id: " + placementID);
-  auto error = writePage(html);
-  if (error) {
-    context.logError(error->errorMessage());
-    return error;
+Result<PreparedPopup> RewardablePopupController::prepare(const std::string& placementID,
+                                                         const std::string& html) const {
+  context_->printLog("Rewardable Offer entity successufully fetched from server. Placement id: " +
+                     placementID);
+  context_->printLog("Trying to update HTML template with Rewardable Offer data. Placement id: " +
+                     placementID);
+  const auto page = processHTML(html);
+  Result<PreparedPopup> popup =
+      page ? writePage(*page)
+           : VantoriumError::internalError(fmt::format(
+                 "Can't fill the rewardable popup: its page would have more than {} bytes, or takes too "
+                 "long. Serve a smaller template or offer.",
+                 largestPage));
+  if (popup) {
+    context_->printLog("HTML page for Rewardable Offer is prepared. Placement id: " + placementID);
+  } else {
+    context_->logError(popup.error()->errorMessage());
   }
-  context.printLog("HTML page for Rewardable Offer is prepared. Placement id: " + placementID);
-  client_->cacheClient->add(offer_, placementID);
-  return std::nullopt;
+  return popup;
 }
 
-std::optional<Error> RewardablePopupController::writePage(const std::string& html) const {
-  const auto page = processHTML(html);
-  if (!page) {
-    return VantoriumError::internalError(fmt::format(
-        "Can't fill the rewardable popup: its page would have more than {} bytes, or takes too long. Serve a "
-        "smaller template or offer.",
-        largestPage));
-  }
-  const std::filesystem::path folder = client_->cacheClient->getFolderPath(offer_->identifier);
-  createDirectoryIfNeeded(folder);
-  return writeFileAtomically(folder / "index.html", *page);
+Result<PreparedPopup> RewardablePopupController::writePage(const std::string& page) const {
+  PreparedPopup popup{offer_, files_->claim(offer_->identifier), {}};
+  popup.page = popup.folder->path() + "/index.html";
+  const auto write = [&] {
+    auto error = createDirectoryIfNeeded(popup.folder->path());
+    return error ? error : writeFileAtomically(popup.page, page);
+  };
+  auto error = write();
+  if (error && files_->shelf().makeRoom(*error)) error = write();
+  if (error) return *error;
+  return popup;
 }
 
 }  // namespace vantorium

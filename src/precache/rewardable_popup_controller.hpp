@@ -4,10 +4,11 @@
 #include <optional>
 #include <string>
 
-#include <vantorium/error.hpp>
-
-#include "client/client.hpp"
+#include "cache/file_store.hpp"
+#include "cache/prepared_popup.hpp"
+#include "context/sdk_context.hpp"
 #include "model/rewardable_offer.hpp"
+#include "platform/foundation/result.hpp"
 
 namespace vantorium {
 
@@ -15,21 +16,23 @@ namespace vantorium {
 /// one at a time.
 class RewardablePopupController {
  public:
-  RewardablePopupController(std::shared_ptr<Client> client, std::shared_ptr<RewardableOffer> offer)
-      : client_(std::move(client)), offer_(std::move(offer)) {}
+  RewardablePopupController(std::shared_ptr<SdkContext> context, std::shared_ptr<FileStore> files,
+                            std::shared_ptr<const RewardableOffer> offer)
+      : context_(std::move(context)), files_(std::move(files)), offer_(std::move(offer)) {}
 
   /// The template with the offer's values in it. None when `filledTemplate` gives up.
   std::optional<std::string> processHTML(const std::string& html) const;
 
-  /// Writes the page to the cache, on the calling thread, and keeps the offer for the placement. Returns the
-  /// failure, reported; the offer is then left out.
-  std::optional<Error> prepare(const std::string& placementID, const std::string& html) const;
+  /// Writes the page to the cache, on the calling thread. Its folder goes with whoever is handed the result.
+  /// A failure is reported.
+  Result<PreparedPopup> prepare(const std::string& placementID, const std::string& html) const;
 
  private:
-  std::optional<Error> writePage(const std::string& html) const;
+  Result<PreparedPopup> writePage(const std::string& page) const;
 
-  const std::shared_ptr<Client> client_;
-  const std::shared_ptr<RewardableOffer> offer_;
+  const std::shared_ptr<SdkContext> context_;
+  const std::shared_ptr<FileStore> files_;
+  const std::shared_ptr<const RewardableOffer> offer_;
 };
 
 }  // namespace vantorium

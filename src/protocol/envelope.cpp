@@ -14,10 +14,10 @@ constexpr std::size_t longestQuotedBody = std::size_t{1} << 20U;
 
 Envelope Envelope::broken() { return {.error = invalidServerResponse(), .flaw = Flaw::broken}; }
 
-Envelope Envelope::read(const std::optional<Data>& body, const std::optional<Error>& transportError) {
-  if (!body) return {.error = transportError};
+Envelope Envelope::read(const HTTPAnswer& answer) {
+  if (!answer.body) return {.error = answer.error};
   std::optional<Error> error;
-  auto value = parseJSON(body->bytes(), error);
+  auto value = parseJSON(answer.body->bytes(), error);
   if (!value) return {.error = error, .flaw = Flaw::notJSON};
   const auto status = stringValue(*value, "status");
   if (status == "success") return {.object = std::move(value)};

@@ -7,6 +7,7 @@
 #include <vantorium/error.hpp>
 
 #include "platform/foundation/data.hpp"
+#include "platform/net/http_session.hpp"
 
 namespace vantorium {
 
@@ -26,7 +27,7 @@ struct Envelope {
   /// The answer that is JSON, but not what was promised.
   static Envelope broken();
   /// Reads what the session brought.
-  static Envelope read(const std::optional<Data>& body, const std::optional<Error>& transportError);
+  static Envelope read(const HTTPAnswer& answer);
 };
 
 /// The error of an answer that is not what the service promises.

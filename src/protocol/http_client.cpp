@@ -1,13 +1,12 @@
 #include "protocol/http_client.hpp"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "device/init_request_builder.hpp"
+#include "context/retry.hpp"
 #include "model/json.hpp"
 #include "platform/foundation/ascii.hpp"
+#include "platform/foundation/completion_guard.hpp"
 #include "platform/foundation/files.hpp"
 #include "platform/foundation/url.hpp"
 #include "protocol/endpoint.hpp"
@@ -39,6 +38,10 @@ std::optional<std::string> tokenOf(const json& answer) {
   return token;
 }
 
+/// How long a report waits that could not be sent, and how many may wait.
+constexpr Seconds firstReportPause{5}, longestReportPause{600};
+constexpr int mostWaitingReports = 100;
+
 /// No word is longer than one byte less, whatever the length of the answer.
 constexpr std::size_t longestPermission = 6;
 
@@ -52,13 +55,11 @@ std::optional<bool> permissionOf(std::string_view text) {
 }  // namespace
 
 HTTPClient::HTTPClient(std::shared_ptr<SdkContext> context, std::shared_ptr<HTTPSession> session,
-                       std::string baseURL, std::shared_ptr<const VantoriumReachability> reachability,
-                       std::shared_ptr<const UserDefaults> defaults)
+                       std::string baseURL, ClientDevice device)
     : context_(std::move(context)),
       session_(std::move(session)),
       baseURL_(std::move(baseURL)),
-      reachability_(std::move(reachability)),
-      defaults_(std::move(defaults)) {}
+      device_(std::move(device)) {}
 
 std::optional<std::string> HTTPClient::sessionToken() const {
   const MutexLock lock(mutex_);
@@ -79,6 +80,7 @@ std::optional<Error> HTTPClient::send(const Endpoint& endpoint, HTTPSession::Com
   HTTPRequest request;
   request.url = url->absoluteString();
   request.method = endpoint.method;
+  request.mostBodyBytes = largestAnswer;
   request.body = endpoint.body;
   if (endpoint.hasContentType) request.headers.emplace_back("Content-Type", "application/json");
   if (endpoint.hasUserAgent)
@@ -93,17 +95,17 @@ std::optional<Error> HTTPClient::send(const Endpoint& endpoint, HTTPSession::Com
 }
 
 void HTTPClient::setUp(const json& withParams, const SetUpCompletion& completion) {
-  const auto finish = [self = shared_from_this(), completion](const auto& body, const auto& transportError) {
-    const Envelope envelope = Envelope::read(body, transportError);
+  const auto finish = [self = shared_from_this(), completion](const HTTPAnswer& answer) {
+    const Envelope envelope = Envelope::read(answer);
     if (!envelope.object) {
       completion(false, std::nullopt, envelope.error);
       return;
     }
-    const json& answer = *envelope.object;
-    self->setSessionToken(tokenOf(answer));
-    if (const auto isTest = answer.find("isTest"); isTest != answer.end() && isTest->is_boolean())
+    const json& object = *envelope.object;
+    self->setSessionToken(tokenOf(object));
+    if (const auto isTest = object.find("isTest"); isTest != object.end() && isTest->is_boolean())
       self->context_->updateFlags([&](SdkContext::Flags& flags) { flags.isTestMode = isTest->get<bool>(); });
-    completion(true, placementsOf(answer), std::nullopt);
+    completion(true, placementsOf(object), std::nullopt);
     self->context_->host().print("VANTORIUM LOG: Vantorium framework successfully initialized!");
   };
   const Endpoint endpoint{.method = "POST",
@@ -114,36 +116,15 @@ void HTTPClient::setUp(const json& withParams, const SetUpCompletion& completion
   if (const auto error = send(endpoint, finish)) completion(false, std::nullopt, error);
 }
 
-void HTTPClient::downloadFile(const std::string& fromURL, DataCompletion completion) {
-  if (!URL::parse(fromURL)) {
-    completion(std::nullopt, VantoriumError::internalError());
-    return;
-  }
-  send({.url = fromURL, .isEncoded = false},
-       [task = context_->host().beginBackgroundTask(), completion = std::move(completion)](
-           auto body, auto error) mutable {
-         completion(std::move(body), std::move(error));
-         task.reset();
-       });
-}
-
-std::shared_ptr<void> HTTPClient::dataTask(const std::string& withURL, std::uint64_t mostBytes,
-                                           DataCompletion completion) {
-  HTTPRequest request;
-  request.url = withURL;
-  request.mostBodyBytes = mostBytes;
-  const std::uint64_t exchange = session_->send(std::move(request), std::move(completion));
-  return {nullptr, [session = session_, exchange](void*) { session->cancel(exchange); }};
-}
-
 void HTTPClient::getRewardableOffer(const std::string& forPlacement, const OfferCompletion& completion) {
-  const auto finish = [context = context_, completion](const auto& body, const auto& transportError) {
-    const Envelope envelope = Envelope::read(body, transportError);
+  const auto finish = [context = context_, completion](const HTTPAnswer& answer) {
+    const Envelope envelope = Envelope::read(answer);
     if (envelope.flaw == Envelope::Flaw::notJSON) context->logError(envelope.error->errorMessage());
     completion(envelope.object ? std::make_shared<RewardableOffer>(*envelope.object) : nullptr,
                envelope.error);
     if (envelope.flaw == Envelope::Flaw::broken)
-      context->logError(invalidResponseLine("Invalid server response from /api/offers/ Response: ", *body));
+      context->logError(
+          invalidResponseLine("Invalid server response from /api/offers/ Response: ", *answer.body));
   };
   const Endpoint endpoint{.url = baseURL_ + "/api/offers/" + forPlacement,
                           .hasContentType = true,
@@ -153,19 +134,14 @@ void HTTPClient::getRewardableOffer(const std::string& forPlacement, const Offer
 }
 
 void HTTPClient::getRewardablePopup(const TextCompletion& completion) {
-  const auto finish = [context = context_, completion](const auto& body, const auto& transportError) {
-    if (!body) {
-      completion(std::nullopt, transportError);
-    } else if (body->size() > largestTemplate) {
-      const auto error = VantoriumError::internalError(fmt::format(
-          "The template of rewardable popups has more than {} bytes. Serve a smaller one.", largestTemplate));
-      completion(std::nullopt, error);
-      context->logError(error.errorMessage());
-    } else if (!isUTF8(body->bytes())) {
+  const auto finish = [context = context_, completion](const HTTPAnswer& answer) {
+    if (!answer.body) {
+      completion(std::nullopt, answer.error);
+    } else if (!isUTF8(answer.body->bytes())) {
       completion(std::nullopt, invalidServerResponse());
       context->logError("Invalid server response from /api/rewardedPopup/");
     } else {
-      completion(std::string(body->bytes()), std::nullopt);
+      completion(std::string(answer.body->bytes()), std::nullopt);
     }
   };
   const Endpoint endpoint{
@@ -182,18 +158,18 @@ void HTTPClient::canReward(const std::string& forPlacement, const Completion& co
 }
 
 void HTTPClient::ask(const std::string& path, const std::string& placement, const Completion& completion) {
-  const auto finish = [context = context_, path, completion](const auto& body, const auto& transportError) {
-    if (!body) {
-      completion(false, transportError);
+  const auto finish = [context = context_, path, completion](const HTTPAnswer& answer) {
+    if (!answer.body) {
+      completion(false, answer.error);
       return;
     }
-    if (const auto permission = permissionOf(body->bytes())) {
+    if (const auto permission = permissionOf(answer.body->bytes())) {
       completion(*permission, std::nullopt);
       return;
     }
     completion(false, invalidServerResponse());
     const std::string line = "Invalid server response from " + path;
-    context->logError(invalidResponseLine(line + " Response: ", *body).value_or(line));
+    context->logError(invalidResponseLine(line + " Response: ", *answer.body).value_or(line));
   };
   if (const auto error = send({.url = baseURL_ + path + placement, .isAuthorized = true}, finish))
     completion(false, error);
@@ -201,14 +177,14 @@ void HTTPClient::ask(const std::string& path, const std::string& placement, cons
 
 void HTTPClient::logError(const std::string& withAppID, const std::string& userID,
                           const std::string& errorMessage) {
-  json body = InitRequestBuilder::requestBody(context_->host(), *defaults_, withAppID, userID, std::nullopt);
+  json body = device_.description(withAppID, userID);
   body["log"] = errorMessage;
   send({.method = "POST",
         .url = baseURL_ + "/api/logError",
         .isEncoded = false,
         .hasContentType = true,
         .body = prettyPrinted(body)},
-       [](const auto&, const auto&) {});
+       [](const HTTPAnswer&) {});
 }
 
 void HTTPClient::reportImpression(const std::string& forImpression, const Completion& completion) {
@@ -234,20 +210,54 @@ void HTTPClient::reportClick(const std::string& forImpression,
   report(baseURL_ + "/api/impressions/" + forImpression + "/click?" + query, completion);
 }
 
+/// One event on its way to the service.
+struct HTTPClient::Report {
+  Report(std::string address, const std::shared_ptr<SdkContext>& context, const Completion& completion)
+      : url(std::move(address)),
+        isAnswerRead(completion != nullptr),
+        ended(completion, false, VantoriumError::internalError("The work was dropped. Try again.")),
+        retry(context, firstReportPause, longestReportPause) {}
+
+  const std::string url;
+  const bool isAnswerRead;
+  const CompletionGuard<bool, std::optional<Error>> ended;
+  Retry retry;
+};
+
 void HTTPClient::report(const std::string& forURL, const Completion& completion) {
-  const auto finish = [context = context_, forURL, completion](const auto& body, const auto& transportError) {
-    if (!completion) return;
-    const Envelope envelope = Envelope::read(body, transportError);
-    completion(!envelope.error, envelope.error);
-    if (envelope.flaw == Envelope::Flaw::notJSON) context->logError(envelope.error->errorMessage());
-    if (envelope.flaw == Envelope::Flaw::broken)
-      context->logError(invalidResponseLine(
-          "Invalid server response from " + urlEncodedString(forURL).value_or(forURL) + " Response: ",
-          *body));
-  };
-  const Endpoint endpoint{.method = "POST", .url = forURL, .hasContentType = true, .isAuthorized = true};
-  const auto error = send(endpoint, finish);
-  if (error && completion) completion(false, error);
+  send(std::make_shared<Report>(forURL, context_, completion));
+}
+
+void HTTPClient::send(const std::shared_ptr<Report>& report) {
+  const Endpoint endpoint{.method = "POST", .url = report->url, .hasContentType = true, .isAuthorized = true};
+  const auto error = send(endpoint, [self = shared_from_this(), report](const HTTPAnswer& answer) {
+    if (!self->sendAgain(report, answer)) self->finish(*report, answer);
+  });
+  if (error) report->ended(false, error);
+}
+
+/// An event that is counted twice is worse than one that is lost: it is sent again only if nothing of it had
+/// left. Whether it will be.
+bool HTTPClient::sendAgain(const std::shared_ptr<Report>& report, const HTTPAnswer& answer) {
+  if (!answer.error || answer.hasLeft || context_->hasEnded()) return false;
+  if (waitingReports_ >= mostWaitingReports) return false;
+  ++waitingReports_;
+  report->retry.schedule([self = shared_from_this(), report] {
+    --self->waitingReports_;
+    self->send(report);
+  });
+  return true;
+}
+
+void HTTPClient::finish(const Report& report, const HTTPAnswer& answer) {
+  if (!report.isAnswerRead) return;
+  const Envelope envelope = Envelope::read(answer);
+  report.ended(!envelope.error, envelope.error);
+  if (envelope.flaw == Envelope::Flaw::notJSON) context_->logError(envelope.error->errorMessage());
+  if (envelope.flaw == Envelope::Flaw::broken)
+    context_->logError(invalidResponseLine(
+        "Invalid server response from " + urlEncodedString(report.url).value_or(report.url) + " Response: ",
+        *answer.body));
 }
 
 }  // namespace vantorium

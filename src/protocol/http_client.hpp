@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -12,14 +13,13 @@
 #include <vantorium/error.hpp>
 
 #include "context/sdk_context.hpp"
-#include "device/reachability.hpp"
-#include "device/user_defaults.hpp"
 #include "model/campaign.hpp"
 #include "model/native_ad.hpp"
 #include "model/rewardable_offer.hpp"
 #include "platform/foundation/data.hpp"
 #include "platform/foundation/thread_annotations.hpp"
 #include "platform/net/http_session.hpp"
+#include "protocol/client_device.hpp"
 
 namespace vantorium {
 
@@ -43,28 +43,21 @@ class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
   using TextCompletion = std::function<void(std::optional<std::string> text, std::optional<Error> error)>;
   using Completion = std::function<void(bool success, std::optional<Error> error)>;
 
-  /// `baseURL` is one that `checkServiceURL` accepts. `reachability` may be null. `defaults` tell error
-  /// reports the dates of installation and update.
+  /// The largest answer of the service that is taken; a larger one ends as a transport error. Bytes.
+  static constexpr std::uint64_t largestAnswer = std::uint64_t{4} << 20U;
+  /// The path and query of a request for ads stay below so many bytes, as they are sent.
+  static constexpr std::size_t longestTarget = 4096;
+
+  /// `baseURL` is one that `checkServiceURL` accepts.
   HTTPClient(std::shared_ptr<SdkContext> context, std::shared_ptr<HTTPSession> session, std::string baseURL,
-             std::shared_ptr<const VantoriumReachability> reachability,
-             std::shared_ptr<const UserDefaults> defaults);
+             ClientDevice device);
 
   const std::string& baseURL() const { return baseURL_; }
-  /// Null where the platform offers no monitor.
-  const std::shared_ptr<const VantoriumReachability>& reachability() const { return reachability_; }
-  /// Handed out by the service at start; without it nothing but `setUp`, `downloadFile` and `logError` is
-  /// sent.
+  /// Handed out by the service at start; without it nothing but `setUp` and `logError` is sent.
   std::optional<std::string> sessionToken() const EXCLUDES(mutex_);
 
   /// The init exchange: keeps the session token and takes over the test mode.
   void setUp(const nlohmann::json& withParams, const SetUpCompletion& completion);
-  /// Fetches whatever is at the URL. The platform is asked to let the download end in the background.
-  void downloadFile(const std::string& fromURL, DataCompletion completion);
-
-  /// Fetches what is at the URL, at most so many bytes, as long as it is wanted: dropping the returned task
-  /// cancels it. The completion is called once in any case.
-  [[nodiscard]] std::shared_ptr<void> dataTask(const std::string& withURL, std::uint64_t mostBytes,
-                                               DataCompletion completion);
 
   void getCampaigns(const std::string& forPlacement, int numberOfCampaigns,
                     const std::vector<std::string>& cachedCampaingIDs, const CampaignsCompletion& completion);
@@ -73,9 +66,8 @@ class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
                     const NativeAdsCompletion& completion);
   /// What the placement's rewardable popup offers at the moment.
   void getRewardableOffer(const std::string& forPlacement, const OfferCompletion& completion);
-  /// The template of rewardable popups: whatever text the service sends, up to `largestTemplate` bytes.
+  /// The template of rewardable popups: whatever text the service sends.
   void getRewardablePopup(const TextCompletion& completion);
-  static constexpr std::size_t largestTemplate = std::size_t{4} << 20U;
   /// Whether an ad of the placement may be shown; (false, none) is a refusal, not a failure.
   void canView(const std::string& forPlacement, const Completion& completion);
   /// Whether the reward of an ad of the placement may be granted.
@@ -93,19 +85,21 @@ class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
 
  private:
   struct Endpoint;
+  struct Report;
 
   std::optional<Error> send(const Endpoint& endpoint, HTTPSession::Completion completion);
-  std::string adsURL(const std::string& path, const std::string& placement, int number,
-                     const std::vector<std::string>& cachedIDs) const;
   void ask(const std::string& path, const std::string& placement, const Completion& completion);
   void report(const std::string& forURL, const Completion& completion);
+  void send(const std::shared_ptr<Report>& report);
+  bool sendAgain(const std::shared_ptr<Report>& report, const HTTPAnswer& answer);
+  void finish(const Report& report, const HTTPAnswer& answer);
   void setSessionToken(std::optional<std::string> token) EXCLUDES(mutex_);
 
   const std::shared_ptr<SdkContext> context_;
   const std::shared_ptr<HTTPSession> session_;
   const std::string baseURL_;
-  const std::shared_ptr<const VantoriumReachability> reachability_;
-  const std::shared_ptr<const UserDefaults> defaults_;
+  const ClientDevice device_;
+  std::atomic<int> waitingReports_{0};
   mutable Mutex mutex_;
   std::optional<std::string> sessionToken_ GUARDED_BY(mutex_);
 };

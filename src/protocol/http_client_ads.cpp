@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <set>
+#include <string_view>
 
+#include "platform/foundation/url.hpp"
 #include "protocol/endpoint.hpp"
 #include "protocol/envelope.hpp"
 
@@ -37,35 +40,48 @@ auto takeAds(Envelope& envelope, const char* key, const char* noneAvailable, con
   return ads;
 }
 
-}  // namespace
+std::size_t lengthAsSent(const std::string& text) { return urlEncodedString(text).value_or(text).size(); }
 
-/// Where ads are asked for; `reachability` is there.
-std::string HTTPClient::adsURL(const std::string& path, const std::string& placement, int number,
-                               const std::vector<std::string>& cachedIDs) const {
-  std::string url = fmt::format("{}{}?placementId={}&connectionType={}&numOfCampaigns={}", baseURL_, path,
-                                placement, reachability_->currentReachabilityTechnologyString(), number);
-  for (const std::string& id : cachedIDs) url += "&cachedCampaignIds=" + id;
-  return url;
+/// The path and query of a request for ads.
+std::string adsTarget(const std::string& path, const std::string& placement, const std::string& connection,
+                      int number, const std::vector<std::string>& cachedIDs,
+                      const std::string& parameters = {}) {
+  std::string target = fmt::format("{}?placementId={}&connectionType={}&numOfCampaigns={}", path, placement,
+                                   connection, number);
+  std::size_t length = lengthAsSent(target) + lengthAsSent(parameters);
+  std::set<std::string_view> told;
+  for (const std::string& id : cachedIDs) {
+    const std::string pair = "&cachedCampaignIds=" + id;
+    const std::size_t added = lengthAsSent(pair);
+    if (length + added >= HTTPClient::longestTarget || !told.insert(id).second) continue;
+    target += pair;
+    length += added;
+  }
+  return target + parameters;
 }
+
+}  // namespace
 
 void HTTPClient::getCampaigns(const std::string& forPlacement, int numberOfCampaigns,
                               const std::vector<std::string>& cachedCampaingIDs,
                               const CampaignsCompletion& completion) {
-  if (!reachability_) {
+  const auto connection = device_.connectionType();
+  if (!connection) {
     completion({}, VantoriumError::internalError());
     return;
   }
-  const auto finish = [context = context_, completion](const auto& body, const auto& transportError) {
-    Envelope envelope = Envelope::read(body, transportError);
+  const auto finish = [context = context_, completion](const HTTPAnswer& answer) {
+    Envelope envelope = Envelope::read(answer);
     auto campaigns = takeAds(envelope, "data", "No campaigns available at the moment.",
                              [](const json& one) { return std::make_shared<Campaign>(one); });
     if (envelope.flaw == Envelope::Flaw::notJSON) context->logError(envelope.error->errorMessage());
     completion(std::move(campaigns), envelope.error);
     if (envelope.flaw == Envelope::Flaw::broken)
       context->logError(
-          invalidResponseLine("Invalid server response from /api/campaigns/ Response: ", *body));
+          invalidResponseLine("Invalid server response from /api/campaigns/ Response: ", *answer.body));
   };
-  const Endpoint endpoint{.url = adsURL("/api/campaigns", forPlacement, numberOfCampaigns, cachedCampaingIDs),
+  const Endpoint endpoint{.url = baseURL_ + adsTarget("/api/campaigns", forPlacement, *connection,
+                                                      numberOfCampaigns, cachedCampaingIDs),
                           .hasContentType = true,
                           .hasUserAgent = true,
                           .isAuthorized = true};
@@ -76,24 +92,28 @@ void HTTPClient::getNativeAds(const std::string& placementID,
                               const std::map<std::string, std::string>& parameters, int numberOfAds,
                               const std::vector<std::string>& cachedNativeAdIDs,
                               const NativeAdsCompletion& completion) {
-  if (!sessionToken() || !reachability_) {
+  const auto connection = device_.connectionType();
+  if (!sessionToken() || !connection) {
     completion({}, sessionToken() ? VantoriumError::internalError() : VantoriumError::notConfigured());
     return;
   }
-  std::string url = adsURL("/api/sdk/native", placementID, numberOfAds, cachedNativeAdIDs);
-  for (const auto& [key, value] : parameters) url.append("&").append(key).append("=").append(value);
-  const auto finish = [context = context_, placementID, completion](const auto& body,
-                                                                    const auto& transportError) {
-    Envelope envelope = Envelope::read(body, transportError);
+  std::string query;
+  for (const auto& [key, value] : parameters) query.append("&").append(key).append("=").append(value);
+  const auto finish = [context = context_, placementID, completion](const HTTPAnswer& answer) {
+    Envelope envelope = Envelope::read(answer);
     auto ads = takeAds(envelope, "result", "No native ads available at the moment.",
                        [&](const json& one) { return makeNativeAd(one, placementID); });
     if (envelope.flaw == Envelope::Flaw::notJSON) context->logError(envelope.error->errorMessage());
     completion(std::move(ads), envelope.error);
     if (envelope.flaw == Envelope::Flaw::broken)
       context->logError(
-          invalidResponseLine("Invalid server response from /api/nativeads/ Response: ", *body));
+          invalidResponseLine("Invalid server response from /api/nativeads/ Response: ", *answer.body));
   };
-  const Endpoint endpoint{.url = url, .hasContentType = true, .hasUserAgent = true, .isAuthorized = true};
+  const Endpoint endpoint{.url = baseURL_ + adsTarget("/api/sdk/native", placementID, *connection,
+                                                      numberOfAds, cachedNativeAdIDs, query),
+                          .hasContentType = true,
+                          .hasUserAgent = true,
+                          .isAuthorized = true};
   if (const auto error = send(endpoint, finish)) completion({}, error);
 }
 

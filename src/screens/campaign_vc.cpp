@@ -1,28 +1,23 @@
 #include "screens/campaign_vc.hpp"
 
-#include <fmt/format.h>
-
 #include <utility>
 
-#include "platform/foundation/ascii.hpp"
 #include "platform/ui/interface_file.hpp"
+#include "screens/reward_claim.hpp"
 
 namespace vantorium {
 
-CampaignVC::CampaignVC(std::shared_ptr<Client> client, std::string placementID, Replenish replenish)
-    : BaseViewController(client->context),
-      client_(std::move(client)),
+CampaignVC::CampaignVC(std::shared_ptr<SdkContext> sdkContext, std::shared_ptr<HTTPClient> httpClient,
+                       std::string placementID, ReadyCampaign ready, Replenish replenish)
+    : BaseViewController(std::move(sdkContext)),
+      httpClient_(std::move(httpClient)),
       placementID_(std::move(placementID)),
       replenish_(std::move(replenish)),
-      campaign_(client_->cacheClient->getNextCampaign(placementID_)),
+      campaign_(std::move(ready.campaign)),
+      creative_(std::move(ready.creative)),
       storeProductViewController_(context().host().makeStoreProductViewController()) {
   storeProductViewController_->setFinishHandler([this] { close(); });
-  if (!campaign_) return;
-  htmlPath_ = client_->cacheClient->getHTMLPath(campaign_->identifier);
-  htmlFolderPath_ = client_->cacheClient->getFolderPath(campaign_->identifier);
-  filePath_ = client_->cacheClient->getFilePath(campaign_->identifier);
   storeProductViewController_->loadProduct(campaign_->storeAppID);
-  campaign_->isUsed = true;
 }
 
 CampaignVC::~CampaignVC() {
@@ -31,9 +26,9 @@ CampaignVC::~CampaignVC() {
   if (player_) player_->setHandlers({});
 }
 
-bool CampaignVC::isPlayable() const { return campaign_ && campaign_->type == "playable"; }
+bool CampaignVC::isPlayable() const { return campaign_->type == CampaignType::playable; }
 
-bool CampaignVC::isRewardedVideo() const { return campaign_ && campaign_->adUnitType == "rewarded_video"; }
+bool CampaignVC::isRewardedVideo() const { return campaign_->adUnitType == AdUnitType::rewardedVideo; }
 
 std::shared_ptr<ui::View> CampaignVC::loadView() {
   ui::InterfaceConnections connections;
@@ -67,7 +62,6 @@ void CampaignVC::viewDidLoad() {
   const auto self = std::static_pointer_cast<CampaignVC>(shared_from_this());
   webView_->setDelegate(self);
   outlets_.webViewPlaceholder->addSubview(webView_);
-  if (!campaign_) return;
   if (isPlayable()) {
     preloadWebView();
     showWebView();
@@ -88,9 +82,14 @@ void CampaignVC::viewDidLayoutSubviews() {
 
 OrientationMask CampaignVC::supportedOrientations() const {
   if (!isPlayable()) return OrientationMask::all;
-  const std::string orientation = asciiLowered(campaign_->orientation);
-  if (orientation == "landscape") return OrientationMask::landscape;
-  if (orientation == "portrait") return OrientationMask::portrait;
+  switch (campaign_->orientation) {
+    case CampaignOrientation::landscape:
+      return OrientationMask::landscape;
+    case CampaignOrientation::portrait:
+      return OrientationMask::portrait;
+    case CampaignOrientation::any:
+      break;
+  }
   return OrientationMask::all;
 }
 
@@ -101,29 +100,17 @@ void CampaignVC::deviceOrientationDidChange() {
 
 void CampaignVC::reportStart() {
   // The screen may be gone when the answer comes; the placement is replenished all the same.
-  client_->httpClient->reportImpression(
-      campaign_->impressionID, [context = sharedContext(), replenish = replenish_, placement = placementID_](
-                                   bool success, const std::optional<Error>&) {
-        if (success && context->flags().autoCaching) replenish(placement);
-      });
+  httpClient_->reportImpression(
+      campaign_->impressionID, [replenish = replenish_, placement = placementID_](
+                                   bool, const std::optional<Error>& error) { replenish(placement, error); });
 }
 
-void CampaignVC::reportFinished() {
-  if (campaign_) client_->httpClient->reportFinished(campaign_->impressionID);
-}
+void CampaignVC::reportFinished() { httpClient_->reportFinished(campaign_->impressionID); }
 
 void CampaignVC::rewardUserIfNeeded() {
-  if (!context().delegate() || !isRewardedVideo() || campaign_->rewardMethod != "client") return;
+  if (!context().delegate() || !isRewardedVideo() || campaign_->rewardMethod != RewardMethod::client) return;
   if (campaign_->isRewarded.exchange(true)) return;
-  client_->httpClient->canReward(placementID_, [context = sharedContext(), placement = placementID_,
-                                                amount = campaign_->rewardAmount](
-                                                   bool granted, const std::optional<Error>&) {
-    if (!granted) return;
-    context->printLog(fmt::format("Did receive reward: {} for placement: {}", amount, placement));
-    context->tellDelegate(DelegateMethod::didReceiveReward, [placement, amount](VantoriumDelegate& delegate) {
-      delegate.didReceiveReward(placement, amount);
-    });
-  });
+  RewardClaim::start(sharedContext(), httpClient_, placementID_, campaign_->rewardAmount);
 }
 
 void CampaignVC::observeApplication() {
@@ -131,7 +118,7 @@ void CampaignVC::observeApplication() {
   const auto observe = [&](ui::ApplicationEvent event, void (CampaignVC::*handler)()) {
     return application().observe(event, [weak, handler] {
       const auto self = std::static_pointer_cast<CampaignVC>(weak.lock());
-      if (self && self->campaign_) (*self.*handler)();
+      if (self) (*self.*handler)();
     });
   };
   backgroundObservation_ =

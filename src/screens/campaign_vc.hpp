@@ -5,11 +5,11 @@
 #include <optional>
 #include <string>
 
-#include "client/client.hpp"
-#include "model/campaign.hpp"
+#include "cache/creative.hpp"
 #include "platform/av/media_player.hpp"
 #include "platform/ui/controls.hpp"
 #include "platform/ui/store_product_view_controller.hpp"
+#include "protocol/http_client.hpp"
 #include "screens/base_view_controller.hpp"
 #include "screens/countdown_views.hpp"
 #include "screens/web_view.hpp"
@@ -21,16 +21,14 @@ namespace vantorium {
 /// only.
 class CampaignVC : public BaseViewController, public WebViewDelegate {
  public:
-  /// Precaches the next campaign of a placement.
-  using Replenish = std::function<void(const std::string& placementID)>;
+  /// Told how the report of the impression ended, on the thread on which it did: with success it is time to
+  /// precache the placement's next campaign.
+  using Replenish = std::function<void(const std::string& placementID, const std::optional<Error>& error)>;
 
-  /// Takes the next cached campaign of the placement, if there is one.
-  CampaignVC(std::shared_ptr<Client> client, std::string placementID, Replenish replenish);
+  CampaignVC(std::shared_ptr<SdkContext> context, std::shared_ptr<HTTPClient> httpClient,
+             std::string placementID, ReadyCampaign ready, Replenish replenish);
   ~CampaignVC() override;
   const char* className() const override { return "CampaignVC"; }
-
-  /// Null when the placement has nothing to show: do not present the screen then.
-  const std::shared_ptr<Campaign>& campaign() const { return campaign_; }
 
   bool webViewShouldStartLoad(WebView& view, const std::string& url, WebViewNavigationType type) override;
   void webViewDidFailLoad(WebView& /*view*/, const Error& /*error*/) override {}
@@ -85,12 +83,12 @@ class CampaignVC : public BaseViewController, public WebViewDelegate {
   void applicationDidEnterBackground();
   void applicationWillEnterForeground();
 
-  const std::shared_ptr<Client> client_;
+  const std::shared_ptr<HTTPClient> httpClient_;
   const std::string placementID_;
   const Replenish replenish_;
   const std::shared_ptr<Campaign> campaign_;
+  const std::shared_ptr<const Creative> creative_;
   const std::shared_ptr<ui::StoreProductViewController> storeProductViewController_;
-  std::optional<std::string> filePath_, htmlPath_, htmlFolderPath_;
 
   Outlets outlets_;
   std::shared_ptr<WebView> webView_;

@@ -14,15 +14,14 @@ constexpr double closeCountdownTick = 0.2;       // seconds
 }  // namespace
 
 void CampaignVC::preloadWebView() {
-  if (!htmlPath_ || !htmlFolderPath_) return;
-  if (const auto error = webView_->loadFileURL(*htmlPath_, *htmlFolderPath_)) fail(*error);
+  if (!creative_->page) return;
+  if (const auto error = webView_->loadFileURL(*creative_->page, creative_->folder->path())) fail(*error);
 }
 
 void CampaignVC::showWebView() {
   webView_->setAudible(true);
   outlets_.playerControlsView->setHidden(true);
   outlets_.playerPlaceholder->setHidden(true);
-  if (!campaign_) return;
   outlets_.webControlsView->setHidden(!isPlayable());
   if (!isPlayable()) return;
   closeButtonCounter_ = closeCountdownLength();
@@ -50,7 +49,6 @@ void CampaignVC::closeButtonTimerHandler() {
     outlets_.closeWebViewButton->setHidden(false);
     outlets_.closeWebViewTimerView->setHidden(true);
   }
-  if (!campaign_) return;
   const double length = closeCountdownLength();
   outlets_.closeWebViewTimerView->update((length - closeButtonCounter_) / length, length);
 }
@@ -82,10 +80,10 @@ bool CampaignVC::webViewShouldStartLoad(WebView& /*view*/, const std::string& ur
 }
 
 void CampaignVC::reportClick() {
-  if (!campaign_ || !URL::parse(campaign_->preparedTrackingURL)) return;
+  if (!URL::parse(campaign_->preparedTrackingURL)) return;
   webView_->loadRequest(campaign_->preparedTrackingURL);
   const auto& parameter = serverParameter();
-  client_->httpClient->reportClick(campaign_->impressionID, parameter ? parameter->parameters : std::nullopt);
+  httpClient_->reportClick(campaign_->impressionID, parameter ? parameter->parameters : std::nullopt);
   const auto delegate = context().delegate();
   if (delegate && delegate->respondsTo(DelegateMethod::didReceiveClick))
     delegate->didReceiveClick(placementID_);

@@ -14,8 +14,8 @@ constexpr double skipDelay = 5.0;          // seconds of playback
 }  // namespace
 
 void CampaignVC::makePlayer() {
-  if (filePath_) {
-    player_ = context().host().makePlayer(*filePath_);
+  if (creative_->film) {
+    player_ = context().host().makePlayer(creative_->film->path());
     player_->seek(0);
     // The player is this screen's own and hears `setHandlers({})` before the screen goes; but what a handler
     // brings about may release the screen, so each holds it while it runs.
@@ -40,7 +40,7 @@ void CampaignVC::makePlayer() {
 }
 
 void CampaignVC::showPlayer() {
-  if (!player_ || !campaign_) return;
+  if (!player_) return;
   webView_->setAudible(false);
   outlets_.webControlsView->setHidden(true);
   outlets_.playerControlsView->setHidden(false);
@@ -54,7 +54,7 @@ void CampaignVC::showPlayer() {
 
 void CampaignVC::videoTick(double seconds) {
   const double total = player_->duration();
-  if (!campaign_ || !(total > 0) || !(seconds > 0)) return;
+  if (!(total > 0) || !(seconds > 0)) return;
   outlets_.durationTimerView->update(seconds / total, total);
   if (isRewardedVideo()) {
     outlets_.skipVideoTimerView->setHidden(true);
@@ -68,7 +68,6 @@ void CampaignVC::videoTick(double seconds) {
 }
 
 void CampaignVC::videoDidEnd() {
-  if (!campaign_) return;
   isVideoOwed_ = false;
   reportFinished();
   rewardUserIfNeeded();

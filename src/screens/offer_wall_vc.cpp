@@ -25,13 +25,17 @@ std::optional<std::string> targetOf(std::string url) {
 
 }  // namespace
 
-OfferWallVC::OfferWallVC(std::shared_ptr<Client> client, std::string appID, std::string userID)
-    : PageViewController(std::move(client)), appID_(std::move(appID)), userID_(std::move(userID)) {}
+OfferWallVC::OfferWallVC(std::shared_ptr<SdkContext> context, std::string widgetURL, std::string appID,
+                         std::string userID)
+    : PageViewController(std::move(context)),
+      widgetURL_(std::move(widgetURL)),
+      appID_(std::move(appID)),
+      userID_(std::move(userID)) {}
 
 std::shared_ptr<ui::View> OfferWallVC::loadView() { return ui::loadInterface("OfferWallVC", {}); }
 
-/// The widget's address, not yet encoded.
-std::string OfferWallVC::widgetURL() const {
+/// The wall's address, not yet encoded.
+std::string OfferWallVC::address() const {
   const DeviceFacts facts = context().host().device().facts();
   std::string identifier;
   if (facts.trackingEnabled) identifier = asciiUppered(facts.advertisingIdentifier.value_or(""));
@@ -40,12 +44,12 @@ std::string OfferWallVC::widgetURL() const {
     const auto found = parameter->parameters->find("clickId");
     if (found != parameter->parameters->end()) clickID = found->second;
   }
-  return fmt::format("{}/ioswidget/?appid={}&userid={}&idfa={}&pub_click_id={}", client().widgetURL, appID_,
-                     userID_, identifier, clickID);
+  return fmt::format("{}/ioswidget/?appid={}&userid={}&idfa={}&pub_click_id={}", widgetURL_, appID_, userID_,
+                     identifier, clickID);
 }
 
 void OfferWallVC::loadPage() {
-  const auto url = urlEncodedString(widgetURL());
+  const auto url = urlEncodedString(address());
   if (url && URL::parse(*url)) webView().loadRequest(*url);
 }
 

@@ -12,8 +12,10 @@ namespace vantorium {
 /// tracking. Main thread only.
 class OfferWallVC : public PageViewController {
  public:
-  /// `appID` names the wall to the service; `userID` is who earns.
-  OfferWallVC(std::shared_ptr<Client> client, std::string appID, std::string userID);
+  /// `widgetURL` is the address of the wall's host; `appID` names the wall to the service; `userID` is who
+  /// earns.
+  OfferWallVC(std::shared_ptr<SdkContext> context, std::string widgetURL, std::string appID,
+              std::string userID);
   const char* className() const override { return "OfferWallVC"; }
 
  protected:
@@ -23,10 +25,10 @@ class OfferWallVC : public PageViewController {
   void pageDidClick(const std::string& url) override;
 
  private:
-  std::string widgetURL() const;
+  std::string address() const;
   void webViewDidFailLoad(WebView& view, const Error& error) override;
 
-  const std::string appID_, userID_;
+  const std::string widgetURL_, appID_, userID_;
 };
 
 }  // namespace vantorium

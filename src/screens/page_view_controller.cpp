@@ -1,11 +1,6 @@
 #include "screens/page_view_controller.hpp"
 
-#include <utility>
-
 namespace vantorium {
-
-PageViewController::PageViewController(std::shared_ptr<Client> client)
-    : BaseViewController(client->context), client_(std::move(client)) {}
 
 void PageViewController::viewDidLoad() {
   BaseViewController::viewDidLoad();

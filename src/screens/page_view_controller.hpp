@@ -2,8 +2,8 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
-#include "client/client.hpp"
 #include "screens/base_view_controller.hpp"
 #include "screens/web_view.hpp"
 
@@ -17,7 +17,7 @@ class PageViewController : public BaseViewController, public WebViewDelegate {
   bool handleBack() override;
 
  protected:
-  explicit PageViewController(std::shared_ptr<Client> client);
+  explicit PageViewController(std::shared_ptr<SdkContext> context) : BaseViewController(std::move(context)) {}
 
   void viewDidLoad() override;
   void viewDidLayoutSubviews() override;
@@ -31,13 +31,11 @@ class PageViewController : public BaseViewController, public WebViewDelegate {
   void tellClick(const std::string& placement) const;
   void close() { end(true, std::nullopt); }
 
-  Client& client() const { return *client_; }
   WebView& webView() const { return *webView_; }
 
  private:
   bool webViewShouldStartLoad(WebView& view, const std::string& url, WebViewNavigationType type) override;
 
-  const std::shared_ptr<Client> client_;
   std::shared_ptr<WebView> webView_;
 };
 

@@ -8,33 +8,31 @@
 
 namespace vantorium {
 
-RewardablePopupVC::RewardablePopupVC(std::shared_ptr<Client> client, std::string placementID)
-    : PageViewController(std::move(client)),
+RewardablePopupVC::RewardablePopupVC(std::shared_ptr<SdkContext> context,
+                                     std::shared_ptr<HTTPClient> httpClient, std::string placementID,
+                                     PreparedPopup popup)
+    : PageViewController(std::move(context)),
+      httpClient_(std::move(httpClient)),
       placementID_(std::move(placementID)),
-      offer_(this->client().cacheClient->getOffer(placementID_)) {
-  if (!offer_) return;
-  htmlPath_ = this->client().cacheClient->getHTMLPath(offer_->identifier);
-  htmlFolderPath_ = this->client().cacheClient->getFolderPath(offer_->identifier);
-}
+      popup_(std::move(popup)) {}
 
 std::shared_ptr<ui::View> RewardablePopupVC::loadView() { return ui::loadInterface("RewardablePopupVC", {}); }
 
 void RewardablePopupVC::loadPage() {
-  if (!offer_ || !htmlPath_ || !htmlFolderPath_) return;
   std::optional<Error> ignored;
-  const auto page = readTextFile(*htmlPath_, ignored);
+  const auto page = readTextFile(popup_.page, ignored);
   if (!page) return;
-  webView().loadHTMLString(*page, fileURL(*htmlFolderPath_ + "/"));
-  client().httpClient->reportImpression(offer_->impressionID);
+  webView().loadHTMLString(*page, fileURL(popup_.folder->path() + "/"));
+  httpClient_->reportImpression(popup_.offer->impressionID);
 }
 
 // Whatever URL the page gave: it is the offer that says where a click leads.
 void RewardablePopupVC::pageDidClick(const std::string& /*url*/) {
-  const auto target = offer_ ? urlEncodedString(offer_->trackingURL) : std::nullopt;
+  const auto target = urlEncodedString(popup_.offer->trackingURL);
   if (target && URL::parse(*target)) {
     tellClick(placementID_);
     const auto& parameter = serverParameter();
-    client().httpClient->reportClick(offer_->impressionID, parameter ? parameter->parameters : std::nullopt);
+    httpClient_->reportClick(popup_.offer->impressionID, parameter ? parameter->parameters : std::nullopt);
     application().openURL(*target);
   }
   close();

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 
-#include "model/rewardable_offer.hpp"
+#include "cache/prepared_popup.hpp"
+#include "protocol/http_client.hpp"
 #include "screens/page_view_controller.hpp"
 
 namespace vantorium {
@@ -13,12 +13,9 @@ namespace vantorium {
 /// only.
 class RewardablePopupVC : public PageViewController {
  public:
-  /// Looks up the placement's offer and its page in the cache.
-  RewardablePopupVC(std::shared_ptr<Client> client, std::string placementID);
+  RewardablePopupVC(std::shared_ptr<SdkContext> context, std::shared_ptr<HTTPClient> httpClient,
+                    std::string placementID, PreparedPopup popup);
   const char* className() const override { return "RewardablePopupVC"; }
-
-  /// Null when nothing is prepared; there is nothing to show then.
-  const std::shared_ptr<RewardableOffer>& offer() const { return offer_; }
 
  protected:
   std::shared_ptr<ui::View> loadView() override;
@@ -28,9 +25,9 @@ class RewardablePopupVC : public PageViewController {
  private:
   void webViewDidFailLoad(WebView& view, const Error& error) override;
 
+  const std::shared_ptr<HTTPClient> httpClient_;
   const std::string placementID_;
-  const std::shared_ptr<RewardableOffer> offer_;
-  std::optional<std::string> htmlPath_, htmlFolderPath_;
+  const PreparedPopup popup_;
 };
 
 }  // namespace vantorium

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -35,6 +37,25 @@ inline bool runPython(const std::string& arguments) {
 inline long openDescriptors() {
   return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
 }
+
+/// Within its life no file can grow beyond 64 KiB: what a full disk is, without owning one.
+class FullDisk {
+ public:
+  FullDisk() : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    rlimit small = before_;
+    small.rlim_cur = 65536;
+    ::setrlimit(RLIMIT_FSIZE, &small);
+  }
+  ~FullDisk() {
+    ::setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+
+ private:
+  rlimit before_{};
+  sighandler_t handler_;
+};
 
 /// A folder with a destination in it and with things beside the destination that nobody may touch.
 class ArchiveCage {

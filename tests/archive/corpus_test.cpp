@@ -1,9 +1,7 @@
 // Each archive of a corpus ends as it must, leaves everything beside the destination alone and leaks nothing.
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <nlohmann/json.hpp>
 #include <regex>
 
@@ -15,25 +13,6 @@ namespace {
 
 using testing::bytesOf;
 namespace fs = std::filesystem;
-
-/// Within its life no file can grow beyond 64 KiB: what a full disk is, without owning one.
-class FullDisk {
- public:
-  FullDisk() : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-    ::getrlimit(RLIMIT_FSIZE, &before_);
-    rlimit small = before_;
-    small.rlim_cur = 65536;
-    ::setrlimit(RLIMIT_FSIZE, &small);
-  }
-  ~FullDisk() {
-    ::setrlimit(RLIMIT_FSIZE, &before_);
-    std::signal(SIGXFSZ, handler_);
-  }
-
- private:
-  rlimit before_{};
-  sighandler_t handler_;
-};
 
 class ArchiveCorpus : public ::testing::Test {
  protected:
@@ -63,10 +42,11 @@ std::optional<ZipError> ArchiveCorpus::unzip(const nlohmann::json& rules, const 
   const std::string place = rules.value("destination", "");
   std::optional<std::string> password;
   if (rules.contains("password") && rules["password"].is_string()) password = rules["password"];
-  std::optional<FullDisk> disk;
+  std::optional<testing::FullDisk> disk;
   if (place == "full") disk.emplace();
   const fs::path destination = place == "below a file" ? archive / "folder" : cage_.destination();
-  return Zip::unzipFile(archive, destination, rules.value("overwrite", true), password);
+  return Zip::unzipFile(archive, destination, rules.value("overwrite", true), password, {}, {},
+                        {.entries = rules.value("entries", ZipLimits().entries)});
 }
 
 void ArchiveCorpus::checkFiles(const nlohmann::json& rules) const {
@@ -102,6 +82,8 @@ std::string ArchiveCorpus::check(const nlohmann::json& rules) {
   EXPECT_EQ(error ? (error->code() == ZipError::fileNotFound ? "fileNotFound" : "unzipFail") : "ok",
             rules["ends"])
       << (error ? error->detail() : "");
+  const std::string detail = error ? error->detail() : "";
+  EXPECT_NE(detail.find(rules.value("says", "")), std::string::npos) << detail;
   checkFiles(rules);
 
   std::string happened = error ? error->description() + (" " + error->detail()) : "Extracted.";

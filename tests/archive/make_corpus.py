@@ -10,10 +10,13 @@ FOLDER gets the archives and manifest.json: a list of objects with
                       null when there is none
     place             what stands in the destination before: path -> content; "d" for a folder, "l:target" for a
                       symbolic link, "h:target" for a hard link
+    says              what the failure's text has in it
     overwrite, password, destination    as for unzipFile; "below a file" and "full" are special destinations
+    entries           how many the archive may have, if not as many as usual
 """
 
 import copy
+import itertools
 import json
 import pathlib
 import struct
@@ -69,6 +72,7 @@ class Entry:
         self.packed = len(self.stored)
         self.extra = self.local_extra = b""
         self.local_name = self.name
+        self.central_claims = {}  # what only the table of contents says instead
         self.shares = None  # the number of the entry whose data this one claims as its own
         self.__dict__.update(claims)
 
@@ -81,9 +85,11 @@ class Entry:
         return head + self.local_name + self.local_extra + self.stored + tail
 
     def central(self, offset):
+        packed = min(self.central_claims.get("packed", self.packed), 0xFFFFFFFF)
+        size = min(self.central_claims.get("size", self.size), 0xFFFFFFFF)
         return struct.pack("<4s6H3I5H2I", b"PK\1\2", 0x31E, 20, self.flags, self.method, 0, 0x21, self.crc,
-                           min(self.packed, 0xFFFFFFFF), min(self.size, 0xFFFFFFFF), len(self.name),
-                           len(self.extra), 0, 0, 0, self.attributes, offset) + self.name + self.extra
+                           packed, size, len(self.name), len(self.extra), 0, 0, 0, self.attributes,
+                           self.central_claims.get("offset", offset)) + self.name + self.extra
 
 
 def build(*entries, comment=b"", prefix=b"", count=None, zip64=False):
@@ -103,6 +109,16 @@ def build(*entries, comment=b"", prefix=b"", count=None, zip64=False):
         count, size, start = 0xFFFF, 0xFFFFFFFF, 0xFFFFFFFF
     out += struct.pack("<4s4H2IH", b"PK\5\6", 0, 0, count, count, size, start, len(comment))
     return prefix + bytes(out) + comment
+
+
+def zip64_central_entry(name, fields):
+    """Has some of its numbers only in the extra field of the table of contents."""
+    numbers = {"size": len(TEXT), "packed": len(TEXT), "offset": 0}
+    entry = Entry(name, method=0)
+    entry.extra = struct.pack("<4H", 0x7777, 4, 1, 2)  # of somebody else
+    entry.extra += struct.pack(f"<2H{len(fields)}Q", 1, 8 * len(fields), *(numbers[field] for field in fields))
+    entry.central_claims = dict.fromkeys(fields, 0xFFFFFFFF)
+    return entry
 
 
 def zip64_entry(name, size=len(TEXT)):
@@ -171,6 +187,17 @@ def wrong(corpus):
     corpus.good("zip64", "64-bit sizes and end record", build(zip64_entry("a.txt"), zip64=True), {"a.txt": SHOWN})
     corpus.good("zip64-cut", "the same without its 32-bit end record, which nobody needs",
                 build(zip64_entry("a.txt"), zip64=True)[:-22], {"a.txt": SHOWN})
+    for length in (1, 2, 3):
+        for fields in itertools.combinations(("size", "packed", "offset"), length):
+            corpus.good("zip64-only-" + "-".join(fields), f"64 bits for its {' and '.join(fields)}, in the table only",
+                        build(zip64_central_entry("a.txt", fields), Entry("b.txt")), {"a.txt": SHOWN, "b.txt": SHOWN})
+    many = [copy.copy(Entry("./", b"", method=0)) for _ in range(65540)]
+    for entry in many[1:]:
+        entry.shares = 0
+    corpus.good("zip64-many", "65,541 entries, all but the last a folder that is there",
+                build(*many, Entry("last.txt"), zip64=True), {"last.txt": SHOWN}, entries=70000)
+    corpus.good("zip64-prefix", "64-bit sizes and 300 bytes of another program before it",
+                build(zip64_entry("a.txt"), prefix=b"#!" + b"x" * 298, zip64=True), {"a.txt": SHOWN})
     corpus.add("zip64-lies", "64-bit sizes that are not true", build(zip64_entry("a.txt", 1 << 40), zip64=True),
                files=gone)
 
@@ -208,7 +235,7 @@ def slips(corpus, cage):
     spellings = ["../evil.txt", "a/../../evil.txt", "./../evil.txt", "a/b/../../../evil.txt", "..\\evil.txt",
                  "a\\..\\..\\evil.txt", "a/..\\../evil.txt", "..", "../", "a/..", f"{cage}/evil.txt",
                  f"/{cage}/evil.txt", f"{cage}/".replace("/", "\\") + "evil.txt", "\\\\server\\share\\evil.txt",
-                 "C:\\evil.txt", "C:evil.txt", "c:/../evil.txt", b"evil.txt\0.png", b"..\0/evil.txt",
+                 "c:/../evil.txt", b"evil.txt\0.png", b"..\0/evil.txt",
                  b"\xc0\xae\xc0\xae/evil.txt", "/", "."]
     for number, name in enumerate(spellings, 1):
         shown = name if isinstance(name, str) else "".join(chr(c) if 32 <= c < 127 else f"\\x{c:02x}" for c in name)
@@ -228,10 +255,15 @@ def slips(corpus, cage):
 
 def links(corpus):
     outside = {"evil.txt": None}
+    corpus.good("symlink", "a symbolic link, which becomes a file",
+                build(Entry("link", b"../outside/victim.txt", method=0, attributes=LINK)),
+                {"link": "../outside/victim.txt", "mode:link": "777"})
     corpus.add("symlink-then-file", "a symbolic link to .., then a file through it",
-               build(Entry("link", b"..", method=0, attributes=LINK), Entry("link/evil.txt")), files={"link": None})
+               build(Entry("link", b"..", method=0, attributes=LINK), Entry("link/evil.txt")), files={"link": ".."},
+               says='"link/evil.txt" cannot be written: a file or a symbolic link stands where a folder is needed')
     for name, kind in (("device", 0o60000), ("pipe", 0o10000), ("socket", 0o140000)):
-        corpus.add(name, f"a {name}", build(Entry("a.txt", attributes=(kind | 0o644) << 16)), files={"a.txt": None})
+        corpus.good(name, f"a {name}, which becomes a file", build(Entry("a.txt", attributes=(kind | 0o640) << 16)),
+                    {"a.txt": SHOWN, "mode:a.txt": "640"})
     corpus.add("link-on-disk", "a file through a symbolic link that stands on disk", build(Entry("link/evil.txt")),
                files=outside, place={"link": "l:../outside"})
     corpus.add("deep-link-on-disk", "the same, a folder deeper", build(Entry("a/", b"", method=0), Entry("a/link/b/evil.txt")),
@@ -253,6 +285,15 @@ def names(corpus):
                 {"a.txt": "second"})
     corpus.good("duplicate-kept", "two entries of one name, nothing is overwritten",
                 build(Entry("a.txt", b"first"), Entry("a.txt", b"second")), {"a.txt": "first"}, overwrite=False)
+    large = bytes(range(256)) * 8000
+    corpus.good("duplicate-large", "a large file, then small ones of the same name, over one that stands there",
+                build(Entry("a.txt", large, method=0), *(Entry("a.txt", b"%d" % number) for number in range(9))),
+                {"a.txt": "8"}, place={"a.txt": "old"})
+    corpus.add("two-failures", "a large file with a wrong checksum, then a damaged small one",
+               build(Entry("large", large, method=0, crc=1), Entry("small", crc=1), Entry("../evil.txt")),
+               files={"large": None}, says='"large" does not match its checksum')
+    corpus.good("colon", "names with colons, one like a drive's", build(Entry("a:b.txt"), Entry("c:x"), Entry("C:\\y")),
+                {"a:b.txt": SHOWN, "c:x": SHOWN, "C:/y": SHOWN})
     corpus.add("own-name", "a file named like the archive", build(Entry("a.txt"), Entry("own-name.zip")),
                files={"a.txt": SHOWN})
     corpus.good("own-name-kept", "the same, nothing is overwritten", build(Entry("own-name-kept.zip"), Entry("a.txt")),

@@ -178,6 +178,8 @@ TEST(CArguments, OfEntryPointsAreToldToTheCompletionInsideTheCall) {
   EXPECT_FALSE(vantorium_is_campaign_ready(nullptr));
   EXPECT_FALSE(vantorium_set_developer_settings(nullptr, nullptr, nullptr));
   EXPECT_FALSE(vantorium_set_developer_settings("ftp://x", nullptr, nullptr));
+  EXPECT_FALSE(vantorium_set_cache_settings(0, 0));
+  EXPECT_FALSE(vantorium_set_cache_settings(0, std::nan("")));
 }
 
 TEST(CArguments, WithoutAHostAreToldSo) {

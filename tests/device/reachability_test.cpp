@@ -49,6 +49,37 @@ TEST(ReachabilityTest, TellsLinkAndTechnologyFromTheFlagsOfTheMoment) {
   EXPECT_EQ(VantoriumReachability::description(Status::reachableViaWiFi), "WiFi");
 }
 
+TEST(ReachabilityTest, TellsWhenTheDeviceComesOnline) {
+  const testing::TemporaryDirectory home;
+  headless::Host host({.home = home.path()});
+  auto reachability = VantoriumReachability::make(host);
+  const auto change = [&](headless::HeadlessReachability::State state) {
+    host.reachability().setState(std::move(state));
+    host.loop().runPending();
+  };
+  int first = 0, second = 0;
+  auto token = reachability->observeOnline([&] { ++first; });
+  const auto other = reachability->observeOnline([&] { ++second; });
+  change({.flags = bits::reachable | bits::isWWAN});
+  EXPECT_EQ(first, 0) << "another link is no news";
+  change({.flags = 0});
+  change({.flags = bits::isWWAN});
+  EXPECT_EQ(first, 0);
+  host.reachability().setState({});
+  EXPECT_EQ(first, 0) << "told on the main queue";
+  change({});
+  EXPECT_EQ(first, 1) << "two changes, and once online";
+  change({.flags = std::nullopt});
+  token.reset();
+  change({});
+  EXPECT_EQ(first, 1);
+  EXPECT_EQ(second, 2);
+  reachability.reset();
+  change({.flags = 0});
+  change({});
+  EXPECT_EQ(second, 2);
+}
+
 TEST(ReachabilityTest, IsAbsentWithoutAMonitor) {
   const testing::TemporaryDirectory home;
   headless::Host host({.home = home.path(), .hasReachabilityMonitor = false});

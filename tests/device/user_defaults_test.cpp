@@ -10,7 +10,10 @@
 #include <csignal>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <thread>
+#include <vector>
 
+#include "platform/foundation/file_descriptor.hpp"
 #include "platform/foundation/temporary_file.hpp"
 #include "support/service_world.hpp"
 
@@ -27,6 +30,22 @@ class UserDefaultsTest : public ::testing::Test {
     std::ofstream(file_) << text;
   }
   json stored() const { return json::parse(testing::contentOf(file_)); }
+  FileDescriptor lockFile() const {
+    return FileDescriptor(open((folder_ / "settings.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  }
+  /// Takes turns at the lock with those who write until the file says that.
+  bool awaitStored(const json& expected) const {
+    const auto patience = std::chrono::steady_clock::now() + 30s;
+    const FileDescriptor lock = lockFile();
+    while (std::chrono::steady_clock::now() < patience) {
+      flock(lock.get(), LOCK_EX);
+      const bool isThere = json::parse(testing::contentOf(file_), nullptr, false) == expected;
+      flock(lock.get(), LOCK_UN);
+      if (isThere) return true;
+      std::this_thread::yield();
+    }
+    return stored() == expected;
+  }
 
   /// Runs `work` in a process of its own, which ends without cleaning up.
   template <typename Work>
@@ -96,16 +115,38 @@ TEST_F(UserDefaultsTest, RemembersForThisProcessWhatCannotBeWritten) {
   EXPECT_EQ(stored(), (json{{"id", "2"}, {"other", "3"}}));
 }
 
-TEST_F(UserDefaultsTest, LosesNoKeyOfTwoProcesses) {
+TEST_F(UserDefaultsTest, LosesNoKeyOfSeveralProcesses) {
   constexpr int keys = 100;
+  // A lock belongs to who opened the file, so objects of one process are to each other as those of several.
   const auto write = [this](const std::string& prefix) {
     UserDefaults defaults(folder_);
     for (int i = 0; i < keys; ++i) defaults.set(prefix + std::to_string(i), prefix);
   };
-  const std::array children{inChild([&] { write("a"); }), inChild([&] { write("b"); })};
-  write("c");
-  for (const pid_t child : children) await(child);
-  EXPECT_EQ(stored().size(), 3U * keys);
+  std::vector<std::thread> writers;
+  json expected;
+  for (const char* const prefix : {"a", "b", "c"}) {
+    writers.emplace_back(write, prefix);
+    for (int i = 0; i < keys; ++i) expected[prefix + std::to_string(i)] = prefix;
+  }
+  for (std::thread& writer : writers) writer.join();
+  EXPECT_TRUE(awaitStored(expected));
+}
+
+TEST_F(UserDefaultsTest, NobodyWaitsForTheLock) {
+  UserDefaults defaults(folder_);
+  defaults.set("a", "1");
+  std::optional<FileDescriptor> other(lockFile());
+  ASSERT_EQ(flock(other->get(), LOCK_EX), 0);
+  defaults.set("a", "2");
+  defaults.set("b", "3");
+  EXPECT_EQ(defaults.string("a"), "2");
+  put(R"({"a": "theirs", "d": "theirs"})");  // as the lock's holder may
+  EXPECT_EQ(defaults.string("a"), "2");
+  EXPECT_EQ(defaults.string("d"), "theirs");
+  UserDefaults(folder_).set("c", "outlives its object");
+  EXPECT_EQ(stored(), (json{{"a", "theirs"}, {"d", "theirs"}}));
+  other.reset();
+  EXPECT_TRUE(awaitStored({{"a", "2"}, {"b", "3"}, {"c", "outlives its object"}, {"d", "theirs"}}));
 }
 
 TEST_F(UserDefaultsTest, SurvivesAKillAtAnyMoment) {
@@ -169,7 +210,7 @@ TEST_F(UserDefaultsTest, IsNotStoppedByAProcessThatStoppedInTheMiddle) {
   close(pipe[0]);
   close(pipe[1]);
   defaults.set("b", "2");
-  EXPECT_EQ(stored(), (json{{"a", "1"}, {"b", "2"}}));
+  EXPECT_TRUE(awaitStored({{"a", "1"}, {"b", "2"}}));
 }
 
 class UserDefaultsClientTest : public ::testing::Test {

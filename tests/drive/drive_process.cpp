@@ -36,14 +36,15 @@ std::string contents(const std::filesystem::path& path) {
 
 }  // namespace
 
-DriveProcess::DriveProcess(std::vector<std::string> arguments) {
+DriveProcess::DriveProcess(std::vector<std::string> arguments, std::vector<std::string> wrapper) {
   std::signal(SIGPIPE, SIG_IGN);
   std::array<int, 2> in{}, out{};
   EXPECT_EQ(pipe2(in.data(), O_CLOEXEC) + pipe2(out.data(), O_CLOEXEC), 0);
   const FileDescriptor childInput(in[0]), childOutput(out[1]);
   input_ = FileDescriptor(in[1]);
   output_ = FileDescriptor(out[0]);
-  arguments.insert(arguments.begin(), VANTORIUM_DRIVE);
+  wrapper.push_back(VANTORIUM_DRIVE);
+  arguments.insert(arguments.begin(), wrapper.begin(), wrapper.end());
   std::vector<char*> argv;
   for (auto& argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);
@@ -53,12 +54,18 @@ DriveProcess::DriveProcess(std::vector<std::string> arguments) {
   posix_spawn_file_actions_adddup2(&actions, childOutput.get(), 1);
   const std::string errors = folder_.path() / "errors";
   posix_spawn_file_actions_addopen(&actions, 2, errors.c_str(), O_CREAT | O_WRONLY, 0600);
-  EXPECT_EQ(posix_spawn(&process_, argv[0], &actions, nullptr, argv.data(), environ), 0);
+  EXPECT_EQ(posix_spawnp(&process_, argv[0], &actions, nullptr, argv.data(), environ), 0);
   posix_spawn_file_actions_destroy(&actions);
 }
 
 DriveProcess::~DriveProcess() {
   if (process_ > 0) finish();
+}
+
+void DriveProcess::kill() {
+  ::kill(process_, SIGKILL);
+  ::waitpid(process_, nullptr, 0);
+  process_ = -1;
 }
 
 bool DriveProcess::send(const std::string& bytes) {

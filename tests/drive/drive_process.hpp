@@ -16,7 +16,8 @@ namespace vantorium::testing {
 /// A running `vantorium-drive`, and both ends of a conversation with it.
 class DriveProcess {
  public:
-  explicit DriveProcess(std::vector<std::string> arguments);
+  /// `wrapper` is a command that is given the drive and its arguments to run, if there is one.
+  explicit DriveProcess(std::vector<std::string> arguments, std::vector<std::string> wrapper = {});
   /// Ends it, should it still run.
   ~DriveProcess();
   DriveProcess(const DriveProcess&) = delete;
@@ -32,6 +33,8 @@ class DriveProcess {
   void endInput() { input_ = {}; }
   /// Nobody reads its output any more.
   void closeOutput() { output_ = {}; }
+  /// Ends it wherever it is.
+  void kill();
   /// Ends its input, reads the rest of its output and waits for the end: its status, or -1 when it had to be
   /// ended.
   int finish();

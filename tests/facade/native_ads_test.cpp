@@ -109,11 +109,12 @@ TEST(PrecacheNativeAds, HandsOutAdsWhoseFilesFailed) {
   EXPECT_EQ(ad->assets[1]->filePath, std::nullopt);
   EXPECT_EQ(ad->assets[2]->filePath, std::nullopt) << "the first failure ends the walk";
 
-  // Whatever a service answers is a file; what is in it is for whoever reads it.
+  // An error page is no file.
   const auto page = world.fetchAd(
       adWith(json::array({asset("{{base}}/static/native/missing.png")}), "{{base}}/missing.png"));
   ASSERT_NE(page, nullptr);
-  EXPECT_EQ(world.error, std::nullopt);
+  ASSERT_TRUE(world.error);
+  EXPECT_EQ(world.error->code(), 404);
   EXPECT_EQ(page->appIconImage(), nullptr);
   EXPECT_EQ(page->assets[0]->image(), nullptr);
 }
@@ -166,7 +167,8 @@ TEST(PrecacheNativeAds, TakesAThousandFilesAndShowsWhatIsShown) {
   json many = json::array();
   for (int number = 0; number < 1000; ++number)
     many.push_back(asset(fmt::format("{{{{base}}}}/a.png?{}", number)));
-  const auto ad = world.fetchAd(adWith(many, "{{base}}/icon.png"));
+  for (const char* path : {"/a.png", "/icon.png"}) world.server.setAnswer(path, 200, "image/png", "picture");
+  auto ad = world.fetchAd(adWith(many, "{{base}}/icon.png"));
   ASSERT_NE(ad, nullptr);
   EXPECT_EQ(world.error, std::nullopt);
   ASSERT_EQ(ad->assets.size(), 1000U);
@@ -175,6 +177,15 @@ TEST(PrecacheNativeAds, TakesAThousandFilesAndShowsWhatIsShown) {
   world.show(world.fetchAd(adWith(many, ""), false));
   world.host->loop().runPending();
   EXPECT_LE(world.requests("/") - before, 5U) << "only what is shown is loaded";
+
+  // The files go with the ad.
+  const std::filesystem::path file = *ad->assets[0]->filePath;
+  EXPECT_TRUE(std::filesystem::exists(file));
+  ad = nullptr;
+  EXPECT_TRUE(world.host->loop().runUntil([&] {
+    world.host->mainQueue()->async([] {});  // the worker that removes them rings no bell
+    return !std::filesystem::exists(file.parent_path());
+  }));
 }
 
 TEST(NativeAdReports, AreSentAsOftenAsTheyAreAskedFor) {

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include <vantorium/headless.hpp>
+
 #include "support/sdk_world.hpp"
 
 namespace vantorium {
@@ -39,13 +43,13 @@ TEST(Precache, FetchesOnlyWhenNothingIsLeftToShow) {
   ASSERT_TRUE(world.precache(SdkWorld::rewarded));
   EXPECT_EQ(world.requests("/api/campaigns"), 1U);
 
-  // One is left, but it is the one on screen and nobody else replenishes.
+  // One is left, but an ad of the placement is on screen and nobody else replenishes.
   world.sdk->context()->updateFlags(
       [](SdkContext::Flags& flags) { flags.showingPlacement = SdkWorld::rewarded; });
   world.lines.clear();
   ASSERT_TRUE(world.precache(SdkWorld::rewarded));
   EXPECT_EQ(world.requests("/api/campaigns"), 2U);
-  EXPECT_EQ(world.sdk->client()->cacheClient->getNumberOfCampaigns(SdkWorld::rewarded), 2);
+  EXPECT_EQ(world.sdk->client()->cacheClient.inventory->getNumberOfCampaigns(SdkWorld::rewarded), 2);
 }
 
 TEST(Precache, CampaignWhoseCreativeIsOnDiskIsShowable) {
@@ -80,11 +84,11 @@ TEST(Precache, OneOfThreeFails) {
   world.host->loop().runPending();
   // With or without an error: that of the one that ended last.
   EXPECT_TRUE(world.lines.back().starts_with("precache true"));
-  EXPECT_EQ(world.sdk->client()->cacheClient->getNumberOfCampaigns("p"), 2);
+  EXPECT_EQ(world.sdk->client()->cacheClient.inventory->getNumberOfCampaigns("p"), 2);
 
-  // Used and unused ones are named to the service.
-  world.sdk->context()->updateFlags([](SdkContext::Flags& flags) { flags.showingPlacement = "p"; });
-  for (const auto& each : world.sdk->client()->cacheClient->getCampaigns("p")) each->isUsed = true;
+  // Those that were shown are named to the service too, behind the others.
+  world.show("p");
+  world.host->loop().runPending();
   world.sdk->precacheCampaigns("p", nullptr, world.noting("more"));
   EXPECT_TRUE(world.server.waitForRequest([](const json& request) {
     const std::string target = request["target"];
@@ -101,7 +105,7 @@ struct RetrySeries : ::testing::Test {
     world.host->loop().runPending();
   }
   void configureWithout(const json& fault) {
-    world.server.setFaults(fault);
+    if (!fault.empty()) world.server.setFaults(fault);
     world.server.setInitAnswer({{"status", "success"},
                                 {"token", "t"},
                                 {"placements", {{{"id", SdkWorld::rewarded}, {"type", "rewarded_video"}}}}});
@@ -110,25 +114,15 @@ struct RetrySeries : ::testing::Test {
   SdkWorld world;
 };
 
-TEST_F(RetrySeries, TriesFiveTimesHourlyThenWaitsForANewFailure) {
+TEST_F(RetrySeries, AsksAnHourLaterAsLongAsTheServiceHasNothing) {
   configureWithout({{"path", "/api/campaigns"}, {"fault", "noFill"}});
-  awaitFailures(1);
-  world.host->advance(3599);
-  EXPECT_EQ(world.requests("/api/campaigns"), 1U);
-  world.host->advance(1);
-  for (int failures = 2; failures <= 6; ++failures) {
+  for (int failures = 1; failures <= 8; ++failures) {
     awaitFailures(failures);
-    world.host->advance(3600);
+    world.host->advance(0.79 * 3600);
+    EXPECT_EQ(world.requests("/api/campaigns"), failures) << "not so soon";
+    if (failures == 8) world.server.clearFaults();
+    world.host->advance(0.42 * 3600);
   }
-  world.host->advance(36000);
-  EXPECT_EQ(world.requests("/api/campaigns"), 6U) << "the series has five retries";
-
-  world.sdk->precacheCampaigns(SdkWorld::rewarded, nullptr, world.noting("by hand"));
-  awaitFailures(7);
-  world.host->advance(3600);
-  awaitFailures(8);
-  world.server.clearFaults();
-  world.host->advance(3600);
   ASSERT_TRUE(world.await("didPrecache rewarded-main"));
   world.host->loop().runPending();
   const auto fetches = world.requests("/api/campaigns");
@@ -136,14 +130,63 @@ TEST_F(RetrySeries, TriesFiveTimesHourlyThenWaitsForANewFailure) {
   EXPECT_EQ(world.requests("/api/campaigns"), fetches) << "nothing is left to retry";
 }
 
-TEST_F(RetrySeries, TransportFailuresAreNotRetried) {
+TEST_F(RetrySeries, TriesAgainAfterFailuresOfTheNetworkEverMoreSeldom) {
   configureWithout({{"path", "/api/campaigns"}, {"fault", "connectionReset"}});
-  ASSERT_TRUE(world.host->loop().runUntil(
-      [&] { return !world.lines.empty() && world.lines.back().starts_with("didFailPrecache"); }));
+  const auto failures = [&] {
+    return std::ranges::count_if(world.lines, [](const auto& line) { return line.starts_with("didFail"); });
+  };
+  double pause = 30;
+  for (int tries = 1; tries <= 9; ++tries) {
+    ASSERT_TRUE(world.host->loop().runUntil([&] { return failures() == tries; }));
+    world.host->loop().runPending();
+    world.host->advance(0.79 * pause);
+    EXPECT_EQ(failures(), tries) << "a pause of " << pause << " s";
+    world.host->advance(0.42 * pause);
+    pause = std::min(2 * pause, 3600.0);
+  }
+  // The device comes online: nobody waits for an hour then.
+  ASSERT_TRUE(world.host->loop().runUntil([&] { return failures() == 10; }));
+  world.server.clearFaults();
   world.host->loop().runPending();
-  const auto fetches = world.requests("/api/campaigns");
-  world.host->advance(36000);
-  EXPECT_EQ(world.requests("/api/campaigns"), fetches);
+  ASSERT_FALSE(headless::setOnline(*world.host, false));
+  world.host->loop().runPending();
+  ASSERT_FALSE(headless::setOnline(*world.host, true));
+  ASSERT_TRUE(world.await("didPrecache rewarded-main"));
+}
+
+TEST_F(RetrySeries, ReplacesACampaignThatNobodyShowedForADay) {
+  configureWithout(json::object());
+  ASSERT_TRUE(world.await("didPrecache rewarded-main"));
+  world.host->loop().runPending();
+  world.server.setFaults({{"path", "/api/campaigns"}, {"fault", "connectionReset"}});
+  world.host->advance(1.6 * 24 * 3600);
+  ASSERT_TRUE(world.host->loop().runUntil(
+      [&] { return world.lines.back().starts_with("didFailPrecache rewarded-main"); }));
+  EXPECT_TRUE(world.sdk->isCampaignReady(SdkWorld::rewarded)) << "shown until there is a newer one";
+  const auto old = world.sdk->client()->cacheClient.inventory->getNextCampaign(SdkWorld::rewarded);
+  world.server.clearFaults();
+  world.lines.clear();
+  world.host->loop().runPending();
+  world.host->advance(3600);
+  ASSERT_TRUE(world.await("didPrecache rewarded-main"));
+  const auto inventory = world.sdk->client()->cacheClient.inventory;
+  EXPECT_EQ(inventory->getNumberOfCampaigns(SdkWorld::rewarded), 1U);
+  EXPECT_NE(inventory->getNextCampaign(SdkWorld::rewarded)->campaign, old->campaign);
+}
+
+TEST_F(RetrySeries, DoesNotLetASlowPlacementHoldUpTheOthers) {
+  world.server.setFaults({{"path", "/media/"}, {"fault", "neverAnswers"}, {"times", 1}});
+  world.server.setInitAnswer({{"status", "success"},
+                              {"token", "t"},
+                              {"placements",
+                               {{{"id", SdkWorld::rewarded}, {"type", "rewarded_video"}},
+                                {{"id", "playable-rewarded"}, {"type", "video_interstitial"}}}}});
+  ASSERT_TRUE(world.configure(true));
+  ASSERT_TRUE(world.server.waitForRequest(
+      [](const json& request) { return request["path"].get<std::string>().starts_with("/media/"); }));
+  world.host->advance(16);
+  ASSERT_TRUE(world.await("didPrecache playable-rewarded"));
+  EXPECT_FALSE(world.sdk->isCampaignReady(SdkWorld::rewarded));
 }
 
 TEST(CanView, GivesTheServicesWord) {

@@ -197,13 +197,19 @@ TEST_F(ShowPages, APopupWithoutAnOfferOrAPageEndsOnTheMainQueue) {
 
 TEST_F(ShowPages, APopupIsFilledFromTheTemplateOfItsCall) {
   ASSERT_TRUE(world.configure());
-  CacheClient& cache = *world.sdk->client()->cacheClient;
-  cache.setRewardablePopup("<p>{{coins}}</p>");
+  Inventory& inventory = *world.sdk->client()->cacheClient.inventory;
+  inventory.setRewardablePopup("<p>{{coins}}</p>");
   showPopup();
-  cache.setRewardablePopup("replaced");
-  ASSERT_TRUE(host().loop().runUntil([&] { return !host().snapshot().is_null(); }));
-  std::ifstream page(cache.getHTMLPath(cache.getOffer("offer-main")->identifier).value_or(""));
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(page), {}), "<p>120</p>");
+  inventory.setRewardablePopup("replaced");
+  const json load = host().awaitEvent({{"event", "load"}, {"kind", "html"}});
+  const std::filesystem::path page = load["base"].get<std::string>().substr(7) + "index.html";
+  std::ifstream text(page);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(text), {}), "<p>120</p>");
+  host().navigate("closead://");
+  EXPECT_TRUE(host().loop().runUntil([&] {
+    host().mainQueue()->async([] {});  // the worker that removes it rings no bell
+    return !std::filesystem::exists(page);
+  })) << "the page goes with its screen";
 }
 
 TEST_F(ShowPages, ShutdownEndsAPopupThatIsUnderWay) {

@@ -33,20 +33,30 @@ TEST(CampaignTest, TakesEveryFieldFromItsKey) {
                                {"endAssets", json::array({json::array({"a", "b"}), json::array()})},
                                {"orientation", "Landscape"},
                                {"zippedUrl", "z"},
-                               {"isUsed", true},
                                {"isRewarded", true}});
   EXPECT_EQ(campaign.campaignID + campaign.impressionID + campaign.videoURL + campaign.trackingURL, "civt");
   EXPECT_EQ(campaign.preparedTrackingURL + campaign.trackingHash + campaign.storeAppID + campaign.hash,
             "pthsh");
-  EXPECT_EQ(campaign.type + campaign.tag + campaign.baseURL + campaign.adUnitType,
-            "playable<b>brewarded_video");
-  EXPECT_EQ(campaign.rewardMethod + campaign.customImage + campaign.orientation + campaign.zippedURL,
-            "clientciLandscapez");
+  EXPECT_EQ(campaign.tag + campaign.baseURL + campaign.customImage + campaign.zippedURL, "<b>bciz");
+  EXPECT_EQ(campaign.type, CampaignType::playable);
+  EXPECT_EQ(campaign.adUnitType, AdUnitType::rewardedVideo);
+  EXPECT_EQ(campaign.rewardMethod, RewardMethod::client);
+  EXPECT_EQ(campaign.orientation, CampaignOrientation::landscape);
   EXPECT_EQ(campaign.endURL, (std::vector<std::string>{"e1", "e2"}));
   EXPECT_EQ(campaign.playableAssetsURLs, std::vector<std::string>{"pa"});
   EXPECT_EQ(campaign.endAssets, (std::vector<std::vector<std::string>>{{"a", "b"}, {}}));
   EXPECT_EQ(campaign.rewardAmount, 5);
-  EXPECT_FALSE(campaign.isUsed || campaign.isRewarded);
+  EXPECT_FALSE(campaign.isRewarded);
+}
+
+TEST(CampaignTest, ReadsKindsToTheLetterButForTheOrientation) {
+  EXPECT_EQ(campaignType("Playable"), CampaignType::video);
+  EXPECT_EQ(adUnitType("video_interstitial"), AdUnitType::videoInterstitial);
+  EXPECT_EQ(adUnitType("rewarded_video "), AdUnitType::other);
+  EXPECT_EQ(rewardMethod("server"), RewardMethod::other);
+  EXPECT_EQ(campaignOrientation("PORTRAIT"), CampaignOrientation::portrait);
+  EXPECT_EQ(campaignOrientation("sideways"), CampaignOrientation::any);
+  EXPECT_EQ(assetType("Image"), AssetType::other);
 }
 
 TEST(CampaignTest, KeepsTheDefaultOfAFieldOfAnotherType) {

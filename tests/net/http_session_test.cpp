@@ -7,11 +7,10 @@
 #include <atomic>
 #include <cstdlib>
 #include <fstream>
-#include <future>
 
+#include "net/http_world.hpp"
 #include "platform/foundation/files.hpp"
-#include "sandbox/server.hpp"
-#include "support/temporary_directory.hpp"
+#include "platform/net/http_error.hpp"
 
 namespace vantorium {
 namespace {
@@ -19,61 +18,22 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 using std::chrono::milliseconds;
+using testing::patience;
+using testing::Reply;
+using testing::start;
+using testing::waitFor;
 
-constexpr auto patience = std::chrono::seconds(30);
-
-struct Reply {
-  std::optional<Data> body;
-  std::optional<Error> error;
-
-  /// The body, or the error, as one text.
-  std::string text() const { return body ? std::string(body->bytes()) : error->errorMessage(); }
-  int code() const { return error && error->domain() == "curl" ? error->code() : 0; }
-};
-
-std::future<Reply> start(HTTPSession& session, HTTPRequest request) {
-  auto promise = std::make_shared<std::promise<Reply>>();
-  auto reply = promise->get_future();
-  session.send(std::move(request), [promise](std::optional<Data> body, std::optional<Error> error) {
-    EXPECT_NE(body.has_value(), error.has_value());
-    promise->set_value({std::move(body), std::move(error)});  // throws when called twice
-  });
-  return reply;
-}
-
-Reply waitFor(std::future<Reply> reply) {
-  if (reply.wait_for(patience) == std::future_status::ready) return reply.get();
-  ADD_FAILURE() << "the completion was not called";
-  return {};
-}
-
-class HTTPSessionTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    server.start();
-    server.setAnswer("/hello", 200, "text/plain", "hello");
-  }
-
-  HTTPSession::Configuration configuration(HTTPLimits limits = {}) const {
-    return {.spoolDirectory = directory.path() / "spool", .trustedCertificate = {}, .limits = limits};
-  }
-  std::string url(const std::string& target) const { return server.baseURL() + target; }
-  Reply fetch(const std::string& target) { return waitFor(start(session, {.url = url(target)})); }
-  json lastRequest() const { return server.requests().back(); }
-  bool nothingSpooled() const {
-    return !fs::exists(directory.path() / "spool") || fs::is_empty(directory.path() / "spool");
-  }
-
-  const testing::TemporaryDirectory directory;
-  sandbox::Server server{sandbox::Options{}};
-  HTTPSession session{configuration({.idleTimeout = patience})};
-};
+using HTTPSessionTest = testing::HTTPWorld;
 
 TEST_F(HTTPSessionTest, WhateverBodyArrivesIsTheResult) {
-  server.setAnswer("/page", 500, "text/html", "broken");
+  server.setAnswer("/page", 500, "Text/HTML ; charset=x", "broken");
   server.setAnswer("/empty", 200, "text/plain", "");
   EXPECT_EQ(fetch("/hello").text(), "hello");
-  EXPECT_EQ(fetch("/page").text(), "broken");
+  const Reply page = fetch("/page");
+  EXPECT_EQ(page.text(), "broken");
+  EXPECT_EQ(page.status, 500);
+  EXPECT_EQ(page.contentType, "text/html");
+  EXPECT_TRUE(page.hasLeft);
   ASSERT_TRUE(fetch("/empty").body);
   EXPECT_EQ(fetch("/empty").body->size(), 0U);
   server.setFaults({{"path", "/hello"}, {"fault", "successWithStatus500"}});
@@ -144,7 +104,9 @@ TEST_F(HTTPSessionTest, FollowsRedirectsWithinBounds) {
   HTTPRequest post{
       .url = url("/go"), .method = "POST", .headers = {{"Authorization", "Bearer t"}}, .body = "{}"};
   redirect("/hello", 302);
-  EXPECT_EQ(waitFor(start(session, post)).text(), "hello");
+  const Reply redirected = waitFor(start(session, post));
+  EXPECT_EQ(redirected.text(), "hello");
+  EXPECT_EQ(redirected.status, 200);
   EXPECT_EQ(lastRequest()["method"], "GET");
   EXPECT_TRUE(lastRequest()["headers"].contains("Authorization"));
   redirect("/hello", 307);
@@ -218,9 +180,39 @@ TEST_F(HTTPSessionTest, SendsAgainOnlyWhatMayArriveTwice) {
 }
 
 TEST_F(HTTPSessionTest, ASteadyTrickleNeverTimesOut) {
-  HTTPSession bounded(configuration({.idleTimeout = milliseconds(1000), .bodyBytes = 150}));
+  HTTPSession bounded(configuration({.idleTimeout = milliseconds(1000),
+                                     .slowBytesPerSecond = 10,
+                                     .slowFor = milliseconds(1000),
+                                     .bodyBytes = 150}));
   server.setFaults({{"path", "/hello"}, {"fault", "endlessBody"}, {"blockBytes", 10}, {"seconds", 0.1}});
   EXPECT_EQ(waitFor(start(bounded, {.url = url("/hello")})).code(), CURLE_FILESIZE_EXCEEDED);
+}
+
+TEST_F(HTTPSessionTest, EndsWhatIsTooSlowAndWhatTakesTooLong) {
+  server.setFaults({{"path", "/hello"}, {"fault", "endlessBody"}, {"blockBytes", 10}, {"seconds", 0.05}});
+  const milliseconds brief(300);
+  HTTPSession hasty(configuration({.idleTimeout = patience, .slowBytesPerSecond = 10'000, .slowFor = brief}));
+  const Reply slow = waitFor(start(hasty, {.url = url("/hello?secret=1")}));
+  EXPECT_EQ(slow.code(), CURLE_OPERATION_TIMEDOUT);
+  EXPECT_EQ(slow.text().find("127.0.0.1 sent less than 10000 bytes/s for 0.3 s. Check"), 0U) << slow.text();
+  EXPECT_EQ(slow.text().find("secret"), std::string::npos);
+  HTTPSession bounded(configuration({.idleTimeout = patience, .slowBytesPerSecond = 0, .longest = brief}));
+  const Reply old = waitFor(start(bounded, {.url = url("/hello")}));
+  EXPECT_EQ(old.code(), CURLE_OPERATION_TIMEDOUT);
+  EXPECT_NE(old.text().find("127.0.0.1 took longer than 0.3 s"), std::string::npos) << old.text();
+
+  const HTTPLimits usual;
+  EXPECT_NE(tooSlow("http://h/x", usual).errorMessage().find("1 KiB/s for 30 s"), std::string::npos);
+  EXPECT_NE(tookTooLong("http://h/x", usual).errorMessage().find("10 minutes"), std::string::npos);
+}
+
+TEST_F(HTTPSessionTest, DoesNotCountTheTimeThatARequestWaitsForItsTurn) {
+  server.setFaults({{"path", "/hang"}, {"fault", "neverAnswers"}});
+  HTTPSession bounded(configuration({.idleTimeout = milliseconds(1000), .longest = milliseconds(1000)}));
+  std::vector<std::future<Reply>> hanging;
+  for (int i = 0; i < 64; ++i) hanging.push_back(start(bounded, {.url = url("/hang")}));
+  EXPECT_TRUE(waitFor(start(bounded, {.url = url("/hello")})).hasLeft);
+  for (auto& reply : hanging) EXPECT_EQ(waitFor(std::move(reply)).code(), CURLE_OPERATION_TIMEDOUT);
 }
 
 TEST_F(HTTPSessionTest, ABodyOfExactlyTheBoundIsAccepted) {
@@ -283,10 +275,8 @@ TEST_F(HTTPSessionTest, ACompletionMaySendAgainAndIsReleasedAfterItRan) {
   std::promise<Reply> second;
   {
     auto captured = std::shared_ptr<int>(new int, [witness](int* value) { delete value; });
-    session.send({.url = url("/hello")}, [&, captured = std::move(captured)](auto, auto) {
-      session.send({.url = url("/hello")}, [&](std::optional<Data> body, std::optional<Error> error) {
-        second.set_value({std::move(body), std::move(error)});
-      });
+    session.send({.url = url("/hello")}, [&, captured = std::move(captured)](const HTTPAnswer&) {
+      session.send({.url = url("/hello")}, [&](HTTPAnswer answer) { second.set_value({std::move(answer)}); });
     });
   }
   EXPECT_EQ(waitFor(second.get_future()).text(), "hello");
@@ -343,7 +333,7 @@ TEST(HTTPSessionDeathTest, AProcessThatExitsWhileRequestsRunEndsInOrder) {
     const std::string url = getenv("VANTORIUM_TEST_SERVICE");
     static auto* const session = new HTTPSession(
         {.spoolDirectory = directory / "spool", .trustedCertificate = directory / "certificate.pem"});
-    for (int i = 0; i < 10; ++i) session->send({.url = url + "/hang"}, [](auto, auto) {});
+    for (int i = 0; i < 10; ++i) session->send({.url = url + "/hang"}, [](const HTTPAnswer&) {});
     if (waitFor(start(*session, {.url = url + "/"})).body) std::exit(7);
   };
   EXPECT_EXIT(exitWhileBusy(), ::testing::ExitedWithCode(7), "");
@@ -359,9 +349,8 @@ TEST_F(HTTPSessionTest, CancelsOneExchangeAndNoOther) {
     replies.push_back(promise->get_future());
     HTTPRequest request;
     request.url = server.baseURL() + "/silent";
-    ids.push_back(session.send(std::move(request), [promise](auto body, auto error) {
-      promise->set_value({std::move(body), std::move(error)});
-    }));
+    ids.push_back(session.send(std::move(request),
+                               [promise](HTTPAnswer answer) { promise->set_value({std::move(answer)}); }));
   }
   for (const std::size_t index : {std::size_t{64}, std::size_t{0}}) {
     session.cancel(ids[index]);

@@ -7,6 +7,7 @@ namespace vantorium {
 namespace {
 
 using nlohmann::json;
+namespace fs = std::filesystem;
 
 class CampaignControllerTest : public testing::ControllerTest {
  protected:
@@ -41,132 +42,168 @@ class CampaignControllerTest : public testing::ControllerTest {
 };
 
 TEST_F(CampaignControllerTest, BringsVideoAndEndCardToDisk) {
-  const auto one = controller(videoWithEndCard());
-  ASSERT_EQ(precache(one), success_);
-  const std::string& id = one->campaign()->identifier;
-  CacheClient& cache = *world_.client()->cacheClient;
-  EXPECT_EQ(cache.getFilePath(id), (world_.cacheRoot() / (id + ".mp4")).string());
-  EXPECT_EQ(std::filesystem::file_size(*cache.getFilePath(id)), 2500U);
-  ASSERT_EQ(cache.getHTMLPath(id), (world_.cacheRoot() / id / "static/html/card.html").string());
-  EXPECT_EQ(testing::contentOf(*cache.getHTMLPath(id)), "<img src='../img/a.png'><img src='./offer.svg'>");
-  EXPECT_EQ(testing::contentOf(world_.cacheRoot() / id / "static/img/a.png"), "png");
-
-  auto lines = log();
-  EXPECT_EQ(lines.at(0), "Trying to precache video and endcard for placement id: p");
-  std::sort(lines.begin() + 1, lines.end());  // the branches run at the same time
-  EXPECT_EQ(std::vector(lines.begin() + 1, lines.end()),
-            (std::vector<std::string>{
-                "End card HTML files successufully downloaded and saved to disk for placement id: p",
-                "Video successufully downloaded. Size 2KB  Placement id: p",
-                "Video successufully saved to disk for placement id: p",
-            }));
+  auto creative = precache(videoWithEndCard());
+  ASSERT_TRUE(creative) << textOf(creative);
+  const fs::path root = world_.cacheRoot();
+  const std::string id = (*creative)->record->identifier;
+  EXPECT_EQ((*creative)->film->path(), root / (id + ".mp4"));
+  EXPECT_EQ(fs::file_size((*creative)->film->path()), 2500U);
+  EXPECT_EQ((*creative)->folder->path(), root / id);
+  EXPECT_EQ((*creative)->page, (root / id / "static/html/card.html").string());
+  EXPECT_EQ(testing::contentOf(*(*creative)->page), "<img src='../img/a.png'><img src='./offer.svg'>");
+  EXPECT_EQ(testing::contentOf(root / id / "static/img/a.png"), "png");
+  EXPECT_EQ((*creative)->answers.size(), 4U);
+  EXPECT_GT((*creative)->bytes, 2500U);
+  EXPECT_EQ(log(), (std::vector<std::string>{
+                       "Trying to precache video and endcard for placement id: p",
+                       "Video successufully downloaded. Size 2KB  Placement id: p",
+                       "Video successufully saved to disk for placement id: p",
+                       "End card HTML files successufully downloaded and saved to disk for placement id: p",
+                   }));
   EXPECT_TRUE(world_.reports().empty());
+  creative = VantoriumError::internalError();
+  EXPECT_TRUE(awaitEmptyCache()) << "its files go with it";
 }
 
-TEST_F(CampaignControllerTest, SharesTheFilesOfTheSameCreative) {
-  const auto first = controller(videoWithEndCard());
-  ASSERT_EQ(precache(first), success_);
-  world_.client()->cacheClient->add(first->campaign(), "another placement");
-  const auto requests = world_.requests().size();
+TEST_F(CampaignControllerTest, OpensThePageThatTheRecordNamesOrTheOneNearestToTheTop) {
+  for (const char* path : {"/b/index.html", "/b/a.html", "/c.htm", "/card"})
+    world_.server.setAnswer(path, 200, "text/html", "page");
+  json campaign = videoWithEndCard();
+  campaign.erase("hash");
+  const auto opened = [&](const std::string& endURL, const std::vector<std::string>& assets) {
+    std::vector<std::string> urls;
+    for (const auto& asset : assets) urls.push_back(base() + asset);
+    campaign["endAssets"] = json::array({urls});
+    campaign["endUrl"] = {base() + endURL};
+    const auto creative = precache(campaign);
+    const auto page = creative ? (*creative)->page : std::nullopt;
+    return page ? page->substr((*creative)->folder->path().size()) : "none";
+  };
+  EXPECT_EQ(opened("/b/a.html", {"/c.htm"}), "/b/a.html");
+  EXPECT_EQ(opened("/card", {"/b/a.html", "/b/index.html", "/c.htm"}), "/c.htm");
+  EXPECT_EQ(opened("/card", {"/b/a.html", "/b/index.html"}), "/b/index.html");
+  EXPECT_EQ(opened("/card", {"/offer.svg"}), "none");
+}
 
-  const auto second = controller({{"hash", "h"}, {"videoUrl", "nowhere"}});
+TEST_F(CampaignControllerTest, SharesWhatAgrees) {
+  const auto first = precache(videoWithEndCard());
+  ASSERT_TRUE(first);
+  const auto requests = world_.requests().size();
   Outcome outcome;
-  second->precache(nullptr, outcome.completion());
+  controller(videoWithEndCard())->precache(nullptr, outcome.completion());
   ASSERT_TRUE(outcome.isThere()) << "completes at once";
-  EXPECT_EQ(outcome.get(), success_);
+  EXPECT_EQ(*std::get<0>(outcome.get()), *first);
   EXPECT_EQ(world_.requests().size(), requests);
-  CacheClient& cache = *world_.client()->cacheClient;
-  for (const auto& lookUp : {&CacheClient::getFilePath, &CacheClient::getHTMLPath}) {
-    EXPECT_TRUE((cache.*lookUp)(second->campaign()->identifier));
-    EXPECT_EQ((cache.*lookUp)(second->campaign()->identifier),
-              (cache.*lookUp)(first->campaign()->identifier));
-  }
+
+  // Another card: the film is shared, the card is fetched.
+  json campaign = videoWithEndCard();
+  campaign["tag"] = "another";
+  const auto second = precache(campaign);
+  ASSERT_TRUE(second) << textOf(second);
+  EXPECT_EQ((*second)->film, (*first)->film);
+  EXPECT_NE((*second)->folder, (*first)->folder);
+  EXPECT_EQ(world_.requests("/v/film.mp4").size(), 1U);
 
   // Somebody emptied the folder: it takes a download again.
-  std::filesystem::remove_all(world_.cacheRoot());
-  const auto third = controller(video());
-  EXPECT_EQ(precache(third), success_);
-  EXPECT_EQ(testing::contentOf(*cache.getFilePath(third->campaign()->identifier)).size(), 2500U);
+  fs::remove_all(world_.cacheRoot());
+  ASSERT_TRUE(precache(videoWithEndCard()));
+  EXPECT_EQ(world_.requests("/v/film.mp4").size(), 2U);
 }
 
 TEST_F(CampaignControllerTest, DoesNotTakeCampaignsWithoutHashForTheSame) {
-  world_.client()->cacheClient->add(std::make_shared<Campaign>(json::object()), "p");
   json campaign = video();
   campaign.erase("hash");
-  EXPECT_EQ(precache(controller(campaign)), success_);
-  EXPECT_EQ(world_.requests("/v/film.mp4").size(), 1U);
+  const auto first = precache(campaign);
+  EXPECT_TRUE(first && precache(campaign));
+  EXPECT_EQ(world_.requests("/v/film.mp4").size(), 2U);
 }
 
-TEST_F(CampaignControllerTest, TriesTwiceMoreOnTheMainQueue) {
-  world_.server.setFaults({{"path", "/v/"}, {"fault", "connectionReset"}});
-  const auto queue = DispatchQueue::serial("test");
-  const auto one = controller(video());
+TEST_F(CampaignControllerTest, TriesTwiceMoreOnTheMainQueueWhatIsMissing) {
+  world_.server.setFaults({{"path", "/v/"}, {"fault", "bodyCutShort"}});
   Outcome outcome;
   std::thread::id thread;
-  one->precache(queue, [&, done = outcome.completion()](bool success, auto error) {
-    thread = std::this_thread::get_id();
-    done(success, error);
-  });
+  controller(videoWithEndCard())
+      ->precache(DispatchQueue::serial("test"), [&, done = outcome.completion()](auto end) {
+        thread = std::this_thread::get_id();
+        done(std::move(end));
+      });
   world_.host->loop().runUntil([&] { return outcome.isThere(); });
-  const auto [success, error] = outcome.get();
-  EXPECT_FALSE(success);
-  EXPECT_EQ(error->domain(), "curl");
+  EXPECT_EQ(std::get<0>(outcome.get()).error()->domain(), "curl");
   EXPECT_EQ(thread, std::this_thread::get_id());
   EXPECT_EQ(world_.requests("/v/").size(), 3U);
-  EXPECT_EQ(world_.reports().size(), 3U);
+  EXPECT_EQ(world_.requests("/offer.svg").size(), 1U) << "what has come is not fetched again";
+  EXPECT_EQ(world_.awaitReports(3).size(), 3U);
+  EXPECT_TRUE(awaitEmptyCache()) << "nothing of it stays";
 
-  world_.server.setFaults({{"path", "/v/"}, {"fault", "connectionReset"}, {"times", 2}});
-  EXPECT_EQ(precache(controller(video())), success_);
+  world_.server.setFaults({{"path", "/v/"}, {"fault", "bodyCutShort"}, {"times", 2}});
+  EXPECT_TRUE(precache(video()));
+}
+
+TEST_F(CampaignControllerTest, TakesNoErrorPageForAFile) {
+  const std::map<std::string, std::string> files{
+      {"/v/film.mp4", "film"}, {"/static/html/card.html", "page"}, {"/static/img/a.png", "asset"}};
+  for (const auto& [path, what] : files) {
+    for (const int status : {404, 503, 204}) {
+      SetUp();
+      const bool isTaken = status == 204 && what == "asset";
+      world_.server.setAnswer(path, status, "text/html", status == 204 ? "" : "<h1>an error page</h1>");
+      const auto before = world_.requests(path).size();
+      const auto creative = precache(videoWithEndCard());
+      EXPECT_EQ(static_cast<bool>(creative), isTaken) << what << " " << status;
+      EXPECT_EQ(world_.requests(path).size() - before, isTaken ? 1U : 3U) << what << " " << status;
+      if (creative) continue;
+      EXPECT_NE(textOf(creative).find(std::to_string(status)), std::string::npos) << textOf(creative);
+      EXPECT_NE(textOf(creative).find(base() + path), std::string::npos) << textOf(creative);
+      EXPECT_TRUE(awaitEmptyCache());
+    }
+  }
 }
 
 TEST_F(CampaignControllerTest, CompletesOnTheCallersQueueAtFirst) {
-  const auto one = controller(video());
   Outcome outcome;
-  one->precache(DispatchQueue::serial("test"), outcome.completion());
-  EXPECT_EQ(outcome.get(), success_) << "although nobody runs the main queue";
+  controller(video())->precache(DispatchQueue::serial("test"), outcome.completion());
+  EXPECT_TRUE(std::get<0>(outcome.get())) << "although nobody runs the main queue";
 }
 
-TEST_F(CampaignControllerTest, FailsWithTheEndCard) {
-  json campaign = videoWithEndCard();
-  campaign["customImage"] = base() + "/../../escaped";
-  const auto [success, error] = precache(controller(campaign));
-  EXPECT_FALSE(success);
-  EXPECT_NE(error->errorMessage().find("leaves the folder"), std::string::npos);
-
-  // A campaign without assets for an end card has none.
-  campaign["endAssets"] = json::array();
-  EXPECT_EQ(precache(controller(campaign)), success_);
-}
-
-TEST_F(CampaignControllerTest, RefusesWhatCannotBeFetched) {
-  EXPECT_EQ(precache(controller({{"videoUrl", ""}})), (Result{false, VantoriumError::internalError()}));
+TEST_F(CampaignControllerTest, RefusesAtOnceWhatNoTryCanMendAndNamesTheField) {
+  const auto refusalOf = [this](const char* field, const json& value) {
+    json campaign = videoWithEndCard();
+    campaign[field] = value;
+    const auto creative = precache(campaign);
+    EXPECT_NE(textOf(creative).find(std::string("\"") + field + "\""), std::string::npos) << textOf(creative);
+    return textOf(creative);
+  };
+  EXPECT_NE(refusalOf("videoUrl", "").find("missing or empty"), std::string::npos);
+  EXPECT_NE(refusalOf("customImage", "").find("missing or empty"), std::string::npos);
+  EXPECT_NE(refusalOf("customImage", base() + "/../../escaped").find("leaves the folder"), std::string::npos);
+  EXPECT_NE(refusalOf("endUrl", {base() + "/card/"}).find("names no file"), std::string::npos);
+  EXPECT_NE(refusalOf("endAssets", {{""}, json::array()}).find("\"endAssets\""), std::string::npos);
 
   json campaign = videoWithEndCard();
   campaign["endAssets"] = json::array({json(std::vector<std::string>(501, base() + "/static/img/a.png"))});
-  const auto [isTaken, flaw] = precache(controller(campaign));
-  EXPECT_FALSE(isTaken);
-  EXPECT_NE(flaw->errorMessage().find("501 files"), std::string::npos);
+  EXPECT_NE(textOf(precache(campaign)).find("501 files"), std::string::npos);
   EXPECT_TRUE(world_.requests().empty()) << "for nothing";
+  // A campaign without assets for an end card has none.
+  campaign["endAssets"] = json::array();
+  EXPECT_TRUE(precache(campaign));
+}
+
+TEST_F(CampaignControllerTest, FailsWithAFileThatCannotBeWritten) {
+  fs::create_directories(world_.cacheRoot().parent_path());
+  json campaign = video();
+  campaign["videoUrl"] = base() + "/v/film." + std::string(300, 'm');
+  world_.server.setAnswer("/v/film." + std::string(300, 'm'), 200, "video/mp4", "film");
+  EXPECT_NE(textOf(precache(campaign)).find("File name too long"), std::string::npos);
+  EXPECT_TRUE(awaitEmptyCache());
 }
 
 TEST_F(CampaignControllerTest, LeavesAPageThatIsTooLargeAsItIs) {
   const std::string large = page() + std::string(largestPage, ' ');
   world_.server.setAnswer("/static/html/card.html", 200, "text/html", large);
-  const auto one = controller(videoWithEndCard());
-  EXPECT_EQ(precache(one), success_);
-  EXPECT_EQ(testing::contentOf(*world_.client()->cacheClient->getHTMLPath(one->campaign()->identifier)),
-            large);
+  const auto creative = precache(videoWithEndCard());
+  ASSERT_TRUE(creative) << textOf(creative);
+  EXPECT_EQ(testing::contentOf(*(*creative)->page), large);
   EXPECT_EQ(world_.reports().size(), 1U);
-}
-
-TEST_F(CampaignControllerTest, EndsInSilenceWhenItsOwnerDropsIt) {
-  world_.server.setFaults({{"path", "/v/"}, {"fault", "neverAnswers"}});
-  auto one = controller(videoWithEndCard());
-  one->precache(nullptr, [](bool, auto) { FAIL() << "nobody is there to hear this"; });
-  world_.server.waitForRequest([](const json& request) { return request["path"] == "/v/film.mp4"; });
-  one.reset();
-  world_.client()->shutdown();
-  world_.host->loop().runPending();
 }
 
 TEST(EndCardPageTest, RefersToLocalCopies) {

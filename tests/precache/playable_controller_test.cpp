@@ -40,20 +40,16 @@ class PlayableControllerTest : public testing::ControllerTest {
             {"baseUrl", base + "/pkg/"},
             {"zippedUrl", base + archive}};
   }
-
-  fs::path folderOf(const std::shared_ptr<CampaignController>& controller) {
-    return world_.client()->cacheClient->getFolderPath(controller->campaign()->identifier);
-  }
 };
 
 TEST_F(PlayableControllerTest, UnpacksTheArchiveBesideItselfAndWritesTheEntryPage) {
-  const auto one = controller(playable());
-  ASSERT_EQ(precache(one), success_);
-  const fs::path folder = folderOf(one);
+  const auto one = precache(playable());
+  ASSERT_TRUE(one) << textOf(one);
+  const fs::path folder = (*one)->folder->path();
   EXPECT_EQ(testing::contentOf(folder / "game/game.js"), "play()");
   EXPECT_EQ(testing::contentOf(folder / "game/art/boat.svg"), "boat");
-  EXPECT_EQ(world_.client()->cacheClient->getHTMLPath(one->campaign()->identifier),
-            (folder / "index.html").string());
+  EXPECT_EQ((*one)->page, (folder / "index.html").string());
+  EXPECT_EQ((*one)->film, nullptr);
   EXPECT_EQ(testing::contentOf(folder / "index.html"),
             "<html><body><script src='game/game.js'></script></body></html>");
   const std::string log = world_.context->log();
@@ -63,14 +59,11 @@ TEST_F(PlayableControllerTest, UnpacksTheArchiveBesideItselfAndWritesTheEntryPag
   EXPECT_TRUE(world_.reports().empty());
 
   // Another campaign of the same creative takes the files that are there, as long as they are.
-  world_.client()->cacheClient->add(one->campaign(), "another placement");
   const auto requests = world_.requests().size();
-  const auto second = controller(playable());
-  ASSERT_EQ(precache(second), success_);
+  EXPECT_EQ(*precache(playable()), *one);
   EXPECT_EQ(world_.requests().size(), requests);
-  EXPECT_EQ(folderOf(second), folder);
   fs::remove_all(world_.cacheRoot());
-  ASSERT_EQ(precache(controller(playable())), success_);
+  ASSERT_TRUE(precache(playable()));
   EXPECT_EQ(world_.requests().size(), requests + 1);
 }
 
@@ -79,36 +72,39 @@ TEST_F(PlayableControllerTest, TheEntryPageTakesThePlaceOfTheArchivesOwn) {
   json campaign = playable("/p.zip");
   for (const std::string& base : {std::string("/"), std::string(), std::string("not a URL")}) {
     campaign["baseUrl"] = base.starts_with('/') ? world_.server.baseURL() + base : base;
-    campaign["hash"] = "hash of " + base;
-    const auto one = controller(campaign);
-    ASSERT_EQ(precache(one), success_) << base;
-    EXPECT_EQ(world_.client()->cacheClient->getHTMLPath(one->campaign()->identifier),
-              (folderOf(one) / "index.html").string());
-    EXPECT_EQ(testing::contentOf(folderOf(one) / "index.html").substr(0, 12), "<html><body>");
-    EXPECT_EQ(testing::contentOf(folderOf(one) / "about.html"), "about");
+    const auto one = precache(campaign);
+    ASSERT_TRUE(one) << base << textOf(one);
+    const fs::path folder = (*one)->folder->path();
+    EXPECT_EQ((*one)->page, (folder / "index.html").string());
+    EXPECT_EQ(testing::contentOf(folder / "index.html").substr(0, 12), "<html><body>");
+    EXPECT_EQ(testing::contentOf(folder / "about.html"), "about");
   }
 }
 
 TEST_F(PlayableControllerTest, TriesADownloadTwiceMoreOnTheMainQueue) {
   world_.server.setFaults({{"path", "/pkg/"}, {"fault", "connectionReset"}});
-  const auto one = controller(playable());
   Outcome outcome;
   std::thread::id thread;
-  one->precache(DispatchQueue::serial("test"), [&, done = outcome.completion()](bool success, auto error) {
+  controller(playable())->precache(DispatchQueue::serial("test"), [&, done = outcome.completion()](auto end) {
     thread = std::this_thread::get_id();
-    done(success, error);
+    done(std::move(end));
   });
   world_.host->loop().runUntil([&] { return outcome.isThere(); });
-  EXPECT_EQ(outcome.get(), (Result{false, VantoriumError::internalError("Can't precache or save files.")}));
+  EXPECT_TRUE(textOf(std::get<0>(outcome.get())).starts_with("Can't precache or save files. "));
   EXPECT_EQ(thread, std::this_thread::get_id());
   EXPECT_EQ(world_.requests("/pkg/").size(), 3U);
 
   world_.server.setFaults({{"path", "/pkg/"}, {"fault", "connectionReset"}, {"times", 2}});
-  EXPECT_EQ(precache(controller(playable())), success_);
-
-  const auto [success, error] = precache(controller(playable("/pkg/../../../escaped.zip")));
-  EXPECT_FALSE(success);
-  EXPECT_NE(error->errorMessage().find("Can't precache or save files."), std::string::npos);
+  EXPECT_TRUE(precache(playable()));
+  for (const int status : {404, 503, 204}) {
+    json campaign = playable("/pkg/gone.zip");
+    campaign["hash"] = "";
+    world_.server.setAnswer("/pkg/gone.zip", status, "text/html", status == 204 ? "" : "an error page");
+    const std::string text = textOf(precache(campaign));
+    EXPECT_NE(text.find(std::to_string(status)), std::string::npos) << text;
+    EXPECT_NE(text.find("/pkg/gone.zip"), std::string::npos) << text;
+  }
+  EXPECT_NE(textOf(precache(playable("/pkg/../../../escaped.zip"))).find("\"zippedUrl\""), std::string::npos);
 }
 
 TEST_F(PlayableControllerTest, ReportsWhatItCannotUnpackOrWriteAndDoesNotTryAgain) {
@@ -123,27 +119,16 @@ TEST_F(PlayableControllerTest, ReportsWhatItCannotUnpackOrWriteAndDoesNotTryAgai
   for (const auto& [path, text] : expected) {
     const auto reports = world_.reports().size();
     Outcome outcome;
-    const auto one = controller(playable(path));
-    one->precache(DispatchQueue::serial("test"), outcome.completion());
-    const auto [success, error] = outcome.get();  // although nobody runs the main queue
-    EXPECT_FALSE(success) << path;
-    ASSERT_TRUE(error) << path;
-    EXPECT_NE(error->errorMessage().find(text), std::string::npos) << error->errorMessage();
+    controller(playable(path))->precache(DispatchQueue::serial("test"), outcome.completion());
+    const auto creative = std::get<0>(outcome.get());  // although nobody runs the main queue
+    ASSERT_FALSE(creative) << path;
+    EXPECT_NE(creative.error()->errorMessage().find(text), std::string::npos)
+        << creative.error()->errorMessage();
     EXPECT_EQ(world_.awaitReports(reports + 1).size(), reports + 1);
     EXPECT_NE(world_.reports().back().find(text), std::string::npos);
     EXPECT_EQ(world_.requests(path).size(), 1U);
-    EXPECT_FALSE(fs::exists(folderOf(one))) << "nothing of it is left";
+    EXPECT_TRUE(awaitEmptyCache()) << "nothing of it is left";
   }
-}
-
-TEST_F(PlayableControllerTest, EndsInSilenceWhenItsOwnerDropsIt) {
-  world_.server.setFaults({{"path", "/pkg/"}, {"fault", "neverAnswers"}});
-  auto one = controller(playable());
-  one->precache(nullptr, [](bool, auto) { FAIL() << "nobody is there to hear this"; });
-  world_.server.waitForRequest([](const json& request) { return request["path"] == "/pkg/game/p.zip"; });
-  one.reset();
-  world_.client()->shutdown();
-  world_.host->loop().runPending();
 }
 
 }  // namespace

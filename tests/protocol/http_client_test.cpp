@@ -185,6 +185,43 @@ TEST_F(HTTPClientTest, SpeaksToEveryEndpointInItsOwnWay) {
   }
 }
 
+TEST_F(HTTPClientTest, NamesEachAdThatIsThereOnceAndAsManyAsFit) {
+  world_.configuredClient();
+  std::vector<std::string> ids{"first", std::string(5000, 'x'), "first", "\u00e4\u00e4"};
+  for (int i = 1000; i < 1300; ++i) ids.push_back("id " + std::to_string(i));
+  Campaigns outcome;
+  http().getCampaigns("p", 1, ids, outcome.completion());
+  outcome.get();
+  testing::Outcome<std::vector<std::shared_ptr<VantoriumNativeAd>>, std::optional<Error>> ads;
+  http().getNativeAds("p", {{"creativeType", std::string(1000, 'v')}}, 1, ids, ads.completion());
+  ads.get();
+  const std::string one = "&cachedCampaignIds=";
+  for (const std::string& line : sent()) {
+    const std::string target = line.substr(4);
+    EXPECT_LT(target.size(), 4096U);
+    EXPECT_GT(target.size(), 4096U - (one + "id%201000").size() - 1) << "there was room for one more";
+    EXPECT_NE(target.find(one + "first" + one + "%C3%A4%C3%A4" + one + "id%201000" + one + "id%201001" + one),
+              std::string::npos)
+        << target;
+  }
+  EXPECT_TRUE(sent().back().ends_with("&creativeType=" + std::string(1000, 'v')));
+}
+
+TEST_F(HTTPClientTest, EndsAnAnswerThatIsTooLargeInTheTransfer) {
+  world_.configuredClient();
+  std::string text = R"({"status":"success","data":[{}]})";
+  text.resize(HTTPClient::largestAnswer, ' ');
+  answer("/api/campaigns", text);
+  EXPECT_EQ(std::get<1>(campaigns()), std::nullopt);
+  for (const char* path : {"/api/campaigns", "/api/rewardedPopup"}) answer(path, text + ' ');
+  testing::Outcome<std::optional<std::string>, std::optional<Error>> popup;
+  http().getRewardablePopup(popup.completion());
+  for (const auto& error : {std::get<1>(campaigns()), std::get<1>(popup.get())}) {
+    ASSERT_TRUE(error);
+    EXPECT_NE(error->localizedDescription().find("more than the 4194304 bytes"), std::string::npos);
+  }
+}
+
 TEST_F(HTTPClientTest, FetchesCampaigns) {
   world_.configuredClient();
   answer("/api/campaigns", R"({"status":"success","data":[{"campaignId":"a"},{"campaignId":7},{}]})", 500);
@@ -314,26 +351,48 @@ TEST_F(HTTPClientTest, UploadsErrorReportsWithTheDevice) {
   EXPECT_TRUE(body["firstInstallTime"].is_number_integer());
 }
 
-TEST_F(HTTPClientTest, DownloadsWhateverIsThere) {
-  testing::Outcome<std::optional<Data>, std::optional<Error>> bad;
-  http().downloadFile("https://h/a b", bad.completion());
-  ASSERT_TRUE(bad.isThere());
-  EXPECT_EQ(std::get<1>(bad.get()), VantoriumError::internalError());
-  testing::Outcome<std::optional<Data>, std::optional<Error>> relative;
-  http().downloadFile("film.mp4", relative.completion());
-  EXPECT_EQ(std::get<1>(relative.get())->domain(), "curl");
-  testing::Outcome<std::optional<Data>, std::optional<Error>> missing;
-  http().downloadFile(world_.server.baseURL() + "/media/none.mp4", missing.completion());
-  EXPECT_TRUE(std::get<0>(missing.get())) << "an error page is a body";
-  EXPECT_FALSE(world_.requests("/media").at(0)["headers"].contains("Authorization"));
+TEST_F(HTTPClientTest, SendsAReportAgainOfWhichNothingHadLeft) {
+  auto service = std::make_unique<sandbox::Server>(sandbox::Options{});
+  service->start();
+  const std::string url = service->baseURL();
+  const auto client =
+      std::make_shared<HTTPClient>(world_.context, world_.client()->session, url, ClientDevice{});
+  SetUp configured;
+  client->setUp(world_.initBody(), configured.completion());
+  ASSERT_TRUE(std::get<0>(configured.get()));
+  service.reset();
+
+  Answer reported, asked;
+  client->reportImpression("i", reported.completion());
+  client->canView("p", asked.completion());  // ends later than the first try of the report
+  EXPECT_EQ(std::get<1>(asked.get())->domain(), "curl");
+  EXPECT_FALSE(reported.isThere());
+  service =
+      std::make_unique<sandbox::Server>(sandbox::Options{.port = std::stoi(url.substr(url.rfind(':') + 1))});
+  service->setAnswer("/api/impressions/i", 200, "application/json", R"({"status":"success"})");
+  service->start();
+  world_.host->advance(3.9);
+  EXPECT_EQ(service->requests().size(), 0U) << "not so soon";
+  world_.host->advance(2.2);
+  EXPECT_TRUE(std::get<0>(reported.get()));
+  EXPECT_EQ(service->requests().size(), 1U);
+  service.reset();
+
+  // The SDK ends while one waits: its completion hears of it.
+  Answer lost, askedAgain;
+  client->reportImpression("j", lost.completion());
+  client->canView("p", askedAgain.completion());
+  askedAgain.get();
+  world_.shutdown();
+  EXPECT_FALSE(std::get<0>(lost.get()));
 }
 
 TEST(HTTPClientWithoutMonitorTest, FetchesNoCampaigns) {
   const testing::TemporaryDirectory home;
   const auto context = std::make_shared<SdkContext>(std::make_shared<headless::Host>(
       headless::Host::Options{.home = home.path(), .hasReachabilityMonitor = false}));
-  Client client(context);
-  EXPECT_EQ(client.httpClient->reachability(), nullptr);
+  const Client client = Client::make(context, {});
+  EXPECT_EQ(client.reachability, nullptr);
   std::optional<Error> error;
   client.httpClient->getCampaigns("p", 1, {}, [&](auto, auto failure) { error = failure; });
   EXPECT_EQ(error, VantoriumError::internalError());

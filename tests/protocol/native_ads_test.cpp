@@ -7,7 +7,7 @@ namespace {
 
 using Ads = testing::Outcome<std::vector<std::shared_ptr<VantoriumNativeAd>>, std::optional<Error>>;
 
-auto nativeAds(const std::shared_ptr<Client>& client) {
+auto nativeAds(const std::shared_ptr<const Client>& client) {
   Ads outcome;
   client->httpClient->getNativeAds("p 1", {{"creativeType", "bo th"}}, 3, {"a", "b"}, outcome.completion());
   return outcome.get();

@@ -61,6 +61,8 @@ TEST_F(SandboxServerTest, EveryFaultDoesItsHarm) {
   EXPECT_NE(strike("hugeHeaders").code, CURLE_OK) << "curl's own bound";
   EXPECT_EQ(strike("deepJSON", {{"depth", 1000}}).body.size(), 2028U);
   EXPECT_EQ(strike("notFound").status, 404);
+  EXPECT_EQ(strike("status").status, 503);
+  EXPECT_EQ(strike("status", {{"status", 204}}).body, "");
   EXPECT_EQ(send({server.baseURL() + "/api/canView/p", {bearer()}}).body, "true") << "once only";
 
   server.setFaults({{{"path", "/api/init"}, {"fault", "wrongTypes"}, {"where", "fields"}}});

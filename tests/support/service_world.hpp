@@ -14,9 +14,9 @@
 #include <tuple>
 #include <vector>
 
-#include "client/client.hpp"
 #include "context/sdk_context.hpp"
 #include "device/init_request_builder.hpp"
+#include "facade/client.hpp"
 #include "hosts/headless/headless_host.hpp"
 #include "sandbox/server.hpp"
 #include "support/temporary_directory.hpp"
@@ -60,7 +60,7 @@ struct ServiceWorld {
  public:
   ServiceWorld() { server.start(); }
   ~ServiceWorld() {
-    if (client_) client_->shutdown();
+    shutdown();
     // The host belongs to this thread, so whatever still ends on others has to let go of it first.
     client_ = nullptr;
     context = nullptr;
@@ -72,15 +72,22 @@ struct ServiceWorld {
       std::make_shared<headless::Host>(headless::Host::Options{.home = home.path()});
   std::shared_ptr<SdkContext> context = makeContext();
   sandbox::Server server{sandbox::Options{}};
+  ServiceConfiguration configuration;  ///< of the client, but for the address
 
   /// Made on first use, so that a test can prepare the device.
-  const std::shared_ptr<Client>& client() {
-    if (!client_)
-      client_ = std::make_shared<Client>(context, ServiceConfiguration{.baseURL = server.baseURL()});
+  const std::shared_ptr<const Client>& client() {
+    configuration.baseURL = server.baseURL();
+    if (!client_) client_ = std::make_shared<Client>(Client::make(context, configuration));
     return client_;
   }
+  CacheClient cache() { return client()->cacheClient; }
+  /// What the SDK does at its end.
+  void shutdown() {
+    context->end();
+    if (client_) client_->session->shutdown();
+  }
   /// A client with a session token.
-  const std::shared_ptr<Client>& configuredClient() {
+  const std::shared_ptr<const Client>& configuredClient() {
     Outcome<bool, std::optional<HTTPClient::Placements>, std::optional<Error>> setUp;
     client()->httpClient->setUp(initBody(), setUp.completion());
     setUp.get();
@@ -128,7 +135,7 @@ struct ServiceWorld {
     return made;
   }
 
-  std::shared_ptr<Client> client_;
+  std::shared_ptr<const Client> client_;
 };
 
 inline std::string contentOf(const std::filesystem::path& path) {

@@ -12,6 +12,7 @@
 
 #include "drive/player.hpp"
 #include "hosts/headless/home.hpp"
+#include "platform/foundation/console.hpp"
 #include "platform/foundation/file_descriptor.hpp"
 
 namespace {
@@ -77,7 +78,7 @@ ExitStatus play(const Arguments& arguments) {
     status = Player(stage).play(reader, arguments.script == "-");
   }
   if (!stage.end()) {
-    fmt::print(stderr, "vantorium-drive: some of the SDK's work did not end. It was given up.\n");
+    printToConsole("vantorium-drive: some of the SDK's work did not end. It was given up.");
     std::_Exit(static_cast<int>(status));
   }
   return status;
@@ -128,7 +129,7 @@ int main(int argc, char** argv) {
   try {
     return static_cast<int>(play(arguments));
   } catch (const std::exception& error) {
-    fmt::print(stderr, "vantorium-drive: {}\n", error.what());
+    printToConsole(std::string("vantorium-drive: ") + error.what());
     return static_cast<int>(ExitStatus::refused);
   }
 }

@@ -3,7 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
+
+#include "platform/foundation/console.hpp"
 
 namespace vantorium::drive {
 
@@ -14,7 +15,7 @@ constexpr Seconds ever{1e9};
 bool isBlank(const std::string& text) { return text.find_first_not_of(" \t\r") == std::string::npos; }
 
 void complain(std::size_t line, const char* problem) {
-  fmt::print(stderr, "vantorium-drive: line {}: {}\n", line, problem);
+  printToConsole(fmt::format("vantorium-drive: line {}: {}", line, problem));
 }
 
 }  // namespace
@@ -35,7 +36,7 @@ ExitStatus Player::play(LineReader& reader, bool isConversation) {
     if (stage_.output().hasFailed()) break;
   }
   if (!stage_.output().hasFailed()) return ExitStatus::played;
-  fmt::print(stderr, "vantorium-drive: standard output cannot be written. Keep reading it to the end.\n");
+  printToConsole("vantorium-drive: standard output cannot be written. Keep reading it to the end.");
   return ExitStatus::refused;
 }
 

@@ -73,6 +73,7 @@ int main(int argc, char** argv) {
   app.add_option("--cert-out", certificateFile, "Write that certificate (PEM) to this file")->needs("--tls");
   app.add_option("--catalogue", options.catalogue, "Folder of answers and files to serve");
   app.add_option("--log", options.log, "Write every request and event to this file, as JSON lines");
+  app.add_option("--seed", options.seed, "Number that decides what the catalogue leaves to chance");
   app.add_flag("--verbose", verbose, "Print every request and event on standard error");
   static_cast<void>(tls);
   try {

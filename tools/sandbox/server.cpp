@@ -8,6 +8,7 @@
 #include "sandbox/endpoints/endpoint.hpp"
 #include "sandbox/endpoints/rules.hpp"
 #include "sandbox/http/listener.hpp"
+#include "sandbox/http/outage.hpp"
 #include "sandbox/service/faults.hpp"
 
 namespace vantorium::sandbox {
@@ -65,11 +66,13 @@ struct Server::Impl {
       : options(std::move(given)),
         catalogue(options.catalogue.empty() ? defaultCatalogue() : options.catalogue),
         journal(options.log, options.onRecord),
+        variety(options.seed),
         listener([this](const auto& request, auto& response, Connection& connection) {
           serve(request, response, connection);
         }) {}
 
   void serve(const httplib::Request& request, httplib::Response& response, Connection& connection);
+  void beginOutage(const Call& call, Connection& connection);
   Plan plan(const Call& call, const Endpoint& endpoint, const Violations& violations,
             const std::optional<Fault>& fault);
   const Endpoint& endpointFor(const Call& call) const;
@@ -82,7 +85,9 @@ struct Server::Impl {
   Ledger ledger;
   Journal journal;
   FaultTable faults;
-  const Service service{catalogue, ledger, journal};
+  Tally tally;
+  Variety variety;
+  const Service service{catalogue, ledger, journal, variety};
   const std::vector<Endpoint> endpoints = allEndpoints();
   const Endpoint files = fileEndpoint();
 
@@ -91,7 +96,8 @@ struct Server::Impl {
   std::optional<Identity> identity;
   bool stopped = false;
 
-  Listener listener;  // last: its threads use all of the above
+  Listener listener;  // after all of the above, which its threads use
+  Outage outage{listener};
 };
 
 const Endpoint& Server::Impl::endpointFor(const Call& call) const {
@@ -129,11 +135,29 @@ void Server::Impl::record(const Call& call, const Violations& violations, const 
   journal.addRequest(std::move(entry));
 }
 
+// Answers by itself and first, for then nobody is listening.
+void Server::Impl::beginOutage(const Call& call, Connection& connection) {
+  const json seconds = call.body.is_object() ? call.body.value("seconds", json()) : json();
+  const bool isSound = call.request.method == "POST" && seconds.is_number() && seconds > 0 && seconds <= 3600;
+  const Answer answer =
+      isSound ? success() : failure(R"(POST an object such as {"seconds":0.5}: above 0, at most 3600)", 400);
+  connection.writeAll(
+      fmt::format("HTTP/1.1 {}\r\nContent-Type: {}\r\nContent-Length: {}\r\nConnection: close\r\n\r\n{}",
+                  isSound ? "200 OK" : "400 Bad Request", answer.contentType, answer.body.size(),
+                  answer.body.read(0, answer.body.size())));
+  connection.abandon();
+  if (isSound) outage.begin(std::chrono::milliseconds(static_cast<int64_t>(seconds.get<double>() * 1000)));
+}
+
 void Server::Impl::serve(const httplib::Request& request, httplib::Response& response,
                          Connection& connection) {
   Call call(request);
+  if (call.path == "/sandbox/outage") {
+    beginOutage(call, connection);
+    return;
+  }
   if (call.path.starts_with("/sandbox/")) {
-    send(controlAnswer(call, journal, ledger, faults), response);
+    send(controlAnswer(call, {journal, ledger, faults, tally, variety}), response);
     return;
   }
   const Endpoint& endpoint = endpointFor(call);
@@ -144,6 +168,7 @@ void Server::Impl::serve(const httplib::Request& request, httplib::Response& res
   const auto fault = faults.strike(call.path);
   const Plan next = plan(call, endpoint, violations, fault);
   record(call, violations, fault, next);
+  tally.note(call, fault.has_value(), violations, next);
   if (next.pause.count() > 0) connection.waitForHangup(next.pause);
   if (next.deliver) {
     next.deliver(connection);
@@ -177,6 +202,7 @@ void Server::stop() {
     impl_->stopped = true;
   }
   impl_->journal.close();
+  impl_->outage.end();
   impl_->listener.stop();
 }
 
@@ -190,6 +216,7 @@ std::string Server::certificatePEM() const {
   return impl_->identity ? impl_->identity->certificatePEM() : "";
 }
 
+void Server::beginOutage(std::chrono::milliseconds length) { impl_->outage.begin(length); }
 void Server::setFaults(const json& faults) { impl_->faults.set(parseFaults(faults)); }
 void Server::clearFaults() { impl_->faults.clear(); }
 json Server::requests() const { return impl_->journal.requests(); }
@@ -204,6 +231,7 @@ void Server::reset() {
   impl_->journal.clear();
   impl_->ledger.forgetImpressions();
   impl_->faults.clear();
+  impl_->tally.clear();
 }
 
 void Server::setInitAnswer(json answer) { impl_->catalogue.setInitAnswer(std::move(answer)); }

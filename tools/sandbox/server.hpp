@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -17,6 +18,7 @@ struct Options {
   std::filesystem::path catalogue = {};  ///< Answers and files; empty: those that come with the sandbox.
   std::filesystem::path log = {};        ///< JSON-lines file, replaced at start; empty: none.
   std::string host = "127.0.0.1";        ///< Address to listen on; keep it a loopback one.
+  std::uint64_t seed = 1;                ///< Of what the catalogue leaves to chance.
   /// Called with every request and event as it is recorded, on the thread that serves it; may be empty.
   std::function<void(const nlohmann::json&)> onRecord = {};
 };
@@ -55,6 +57,8 @@ class Server {
   /// wrong.
   void setFaults(const nlohmann::json& faults);
   void clearFaults();
+  /// Ends every connection and lets nobody connect for so long. Returns at once.
+  void beginOutage(std::chrono::milliseconds length);
 
   /// Copies of what was recorded, oldest first. A request is recorded when it arrives, before its answer is
   /// sent:

@@ -22,13 +22,20 @@ namespace fs = std::filesystem;
 class Data::Storage {
  public:
   explicit Storage(std::string memory) : memory_(std::move(memory)), bytes_(memory_) {}
-  Storage(void* mapping, std::size_t size, fs::path spool)
-      : mapping_(mapping), bytes_(static_cast<const char*>(mapping), size), spool_(std::move(spool)) {}
+  /// Nothing yet, until `adopt`.
+  Storage() = default;
   Storage(const Storage&) = delete;
   Storage& operator=(const Storage&) = delete;
   ~Storage() {
     if (mapping_ != nullptr) ::munmap(mapping_, bytes_.size());
     if (!spool_.empty()) ::unlink(spool_.c_str());
+  }
+
+  void adopt(void* mapping, std::size_t size, fs::path spool) noexcept {
+    mapping_ = mapping;
+    bytes_ = {static_cast<const char*>(mapping), size};
+    const MutexLock lock(mutex_);
+    spool_ = std::move(spool);
   }
 
   std::string_view bytes() const { return bytes_; }
@@ -84,6 +91,9 @@ std::optional<Data> Data::adoptFile(const fs::path& path, std::optional<Error>& 
 }
 
 std::optional<Data> Data::adoptFile(int descriptor, const fs::path& path, std::optional<Error>& error) {
+  // All memory first: what is mapped has an owner at once.
+  auto storage = std::make_shared<Storage>();
+  fs::path spool = path;
   struct stat facts {};
   void* mapping = nullptr;
   bool mapped = ::fstat(descriptor, &facts) == 0;
@@ -92,7 +102,10 @@ std::optional<Data> Data::adoptFile(int descriptor, const fs::path& path, std::o
     mapping = ::mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
     mapped = mapping != MAP_FAILED;
   }
-  if (mapped) return Data(std::make_shared<Storage>(mapping, size, path));
+  if (mapped) {
+    storage->adopt(mapping, size, std::move(spool));
+    return Data(std::move(storage));
+  }
   error = posixError(errno, "map", path);
   return std::nullopt;
 }

@@ -15,9 +15,11 @@ namespace vantorium {
 
 namespace fs = std::filesystem;
 
-void createDirectoryIfNeeded(const fs::path& path) {
-  std::error_code ignored;
-  if (!fs::exists(path, ignored)) fs::create_directories(path, ignored);
+std::optional<Error> createDirectoryIfNeeded(const fs::path& path) {
+  std::error_code error;
+  if (!fs::exists(path, error)) fs::create_directories(path, error);
+  if (!error) return std::nullopt;
+  return posixError(error.value(), "create the folder", path);
 }
 
 // A killed process loses nothing this way. It is not synced to the disk: a caller's thread would wait for

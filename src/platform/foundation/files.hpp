@@ -10,9 +10,9 @@
 
 namespace vantorium {
 
-/// Creates the folder and its parents unless something, of whatever kind, exists at `path`. A failure is
-/// silent: the write that follows reports it.
-VANTORIUM_HOST_API void createDirectoryIfNeeded(const std::filesystem::path& path);
+/// Creates the folder and its parents unless something, of whatever kind, exists at `path`. Returns the
+/// failure, a "posix" error; whoever writes there next may leave it out, and hears of it then.
+VANTORIUM_HOST_API std::optional<Error> createDirectoryIfNeeded(const std::filesystem::path& path);
 
 /// Writes a whole file so that a reader, or a process killed half-way, sees the old content or the new one,
 /// never a part. Returns the failure, a "posix" error; the old file is then untouched.

@@ -19,7 +19,12 @@ std::optional<TemporaryFile> TemporaryFile::create(const std::filesystem::path& 
     error = posixError(errno, "create a temporary file in", directory);
     return std::nullopt;
   }
-  return TemporaryFile(std::move(descriptor), std::move(name));
+  try {
+    return TemporaryFile(std::move(descriptor), name);
+  } catch (...) {  // there is no memory for its path
+    ::unlink(name.c_str());
+    throw;
+  }
 }
 
 std::optional<TemporaryFile> TemporaryFile::createBeside(const std::filesystem::path& path,

@@ -1,23 +1,22 @@
 #include "platform/foundation/worker_pool.hpp"
 
-#define ASIO_STANDALONE
 #include <pthread.h>
 
 #include <algorithm>
-#include <asio/executor_work_guard.hpp>
-#include <asio/io_context.hpp>
-#include <asio/post.hpp>
-#include <asio/strand.hpp>
-#include <atomic>
+#include <array>
 #include <chrono>
 #include <condition_variable>
+#include <cstdio>
 #include <cstdlib>
-#include <system_error>
+#include <exception>
+#include <list>
+#include <string>
 #include <thread>
 #include <utility>
 
 #include <vantorium/dispatch_queue.hpp>
 
+#include "platform/foundation/console.hpp"
 #include "platform/foundation/signal_block.hpp"
 #include "platform/foundation/thread_annotations.hpp"
 
@@ -29,8 +28,31 @@ constexpr const char* poolName = "vantorium";
 
 void nameThread(const char* name) { pthread_setname_np(pthread_self(), name); }
 
-/// The threads and what they have to do. asio's own pool fails as a whole when the system refuses one of its
-/// threads; this one does with those that it got.
+void tellDropped(const char* why) noexcept {
+  std::array<char, 256> line{};  // there may be no memory for another
+  std::snprintf(line.data(), line.size(), "vantorium: a piece of work was dropped: %s", why);
+  printToConsole(line.data());
+}
+
+/// Runs work that may throw (out of memory, most likely): it is dropped then, and the thread goes on.
+template <typename Work>
+void runOrDrop(const Work& work) noexcept {
+  try {
+    work();
+  } catch (const std::exception& problem) {
+    tellDropped(problem.what());
+  } catch (...) {
+    tellDropped("something that is no std::exception was thrown");
+  }
+}
+
+/// What a thread of the pool does next. Answers whether it has to be done once more, after what waits.
+using Turn = std::function<bool()>;
+/// Turns wait in lists, for what is in a list moves to another one without taking memory: who hands work over
+/// takes all memory first, and nothing can fail half-way.
+using Turns = std::list<Turn>;
+
+/// The threads and what they have to do. Where the system refuses some of the threads, the others serve.
 class Pool {
  public:
   Pool() {
@@ -40,51 +62,63 @@ class Pool {
     }
   }
 
-  asio::io_context::executor_type executor() { return context_.get_executor(); }
-
-  /// To be called with each piece of work: a system that refused threads may have one now.
-  void ensureThread() EXCLUDES(mutex_) {
-    if (hasThread_) return;
+  /// Takes the turns out of the list.
+  void post(Turns& turns) noexcept EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
-    if (threads_ == 0) startThread();
+    waiting_.splice(waiting_.end(), turns);
+    if (threads_ == 0) startThread();  // a system that refused threads may have one now
+    changed_.notify_one();
   }
 
   /// Drops what has not run and gives what runs a moment to end: statics it may use are about to go. Work
   /// that is stuck (on a slow disk, say) must not keep the process from ending.
   void stop() EXCLUDES(mutex_) {
-    context_.stop();
     const auto patience = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
     const MutexLock lock(mutex_);
+    isStopped_ = true;
+    changed_.notify_all();
     while (threads_ > 0 && ended_.wait_until(mutex_, patience) == std::cv_status::no_timeout) {
     }
   }
 
  private:
-  bool startThread() REQUIRES(mutex_) {
+  bool startThread() noexcept REQUIRES(mutex_) {
     const SignalBlock block;
     try {
       std::thread([this] { run(); }).detach();
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
       return false;
     }
     ++threads_;
-    hasThread_ = true;
     return true;
   }
 
   void run() EXCLUDES(mutex_) {
     nameThread(poolName);
-    context_.run();
+    for (Turns turn; takeNext(turn);) {
+      bool isAgain = false;
+      runOrDrop([&] { isAgain = turn.front()(); });
+      if (!isAgain) turn.clear();
+    }
     const MutexLock lock(mutex_);
     --threads_;
     ended_.notify_all();
   }
 
-  asio::io_context context_;
-  const asio::executor_work_guard<asio::io_context::executor_type> work_{context_.get_executor()};
-  std::atomic<bool> hasThread_ = false;
+  /// Puts the last turn, if it is left, behind those that wait, and takes the first; false in the end.
+  bool takeNext(Turns& turn) EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    waiting_.splice(waiting_.end(), turn);
+    while (!isStopped_ && waiting_.empty()) changed_.wait(mutex_);
+    if (isStopped_) return false;
+    turn.splice(turn.end(), waiting_, waiting_.begin());
+    return true;
+  }
+
   Mutex mutex_;
-  std::condition_variable_any ended_;
+  std::condition_variable_any changed_, ended_;
+  Turns waiting_ GUARDED_BY(mutex_);
+  bool isStopped_ GUARDED_BY(mutex_) = false;
   unsigned threads_ GUARDED_BY(mutex_) = 0;
 };
 
@@ -98,41 +132,73 @@ Pool& pool() {
   return *shared;
 }
 
-class SerialQueue : public DispatchQueue {
+/// The work of a serial queue: one piece for each turn, so that a busy queue leaves room for others. Kept by
+/// its turn while there is work.
+class Series {
  public:
-  explicit SerialQueue(std::string label)
-      : name_(std::make_shared<const std::string>(shortened(std::move(label)))),
-        strand_(asio::make_strand(pool().executor())) {}
+  explicit Series(const std::string& label) {
+    // Shortened to what the kernel keeps.
+    std::copy_n(label.begin(), std::min(label.size(), name_.size() - 1), name_.begin());
+  }
 
-  void async(std::function<void()> work) override {
-    pool().ensureThread();
-    asio::post(strand_, [name = name_, work = std::move(work)] {
-      nameThread(name->c_str());
-      work();
-      nameThread(poolName);
-    });
+  /// Takes the work out of the list. True if the series was at rest and needs turns from now on.
+  bool add(std::list<std::function<void()>>& work) noexcept EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    waiting_.splice(waiting_.end(), work);
+    return !std::exchange(isRunning_, true);
+  }
+
+  bool runNext() EXCLUDES(mutex_) {
+    std::list<std::function<void()>> next;
+    {
+      const MutexLock lock(mutex_);
+      next.splice(next.end(), waiting_, waiting_.begin());
+    }
+    nameThread(name_.data());
+    runOrDrop(next.front());
+    next.clear();  // before the work that follows, and under the same name
+    nameThread(poolName);
+    const MutexLock lock(mutex_);
+    return isRunning_ = !waiting_.empty();
   }
 
  private:
-  static std::string shortened(std::string label) {
-    constexpr std::size_t longestName = 15;  // what the kernel keeps
-    label.resize(std::min(label.size(), longestName));
-    return label;
+  std::array<char, 16> name_{};
+  Mutex mutex_;
+  std::list<std::function<void()>> waiting_ GUARDED_BY(mutex_);
+  bool isRunning_ GUARDED_BY(mutex_) = false;
+};
+
+class SerialQueue : public DispatchQueue {
+ public:
+  explicit SerialQueue(const std::string& label) : series_(std::make_shared<Series>(label)) {}
+
+  void async(std::function<void()> work) override {
+    Pool& threads = pool();
+    std::list<std::function<void()>> one;
+    one.push_back(std::move(work));
+    Turns turn;
+    turn.emplace_back([series = series_] { return series->runNext(); });
+    if (series_->add(one)) threads.post(turn);
   }
 
-  std::shared_ptr<const std::string> name_;
-  asio::strand<asio::io_context::executor_type> strand_;
+ private:
+  const std::shared_ptr<Series> series_;
 };
 
 }  // namespace
 
 void workers::async(std::function<void()> work) {
-  pool().ensureThread();
-  asio::post(pool().executor(), std::move(work));
+  Turns turn;
+  turn.emplace_back([work = std::move(work)] {
+    work();
+    return false;
+  });
+  pool().post(turn);
 }
 
 std::shared_ptr<DispatchQueue> DispatchQueue::serial(std::string label) {
-  return std::make_shared<SerialQueue>(std::move(label));
+  return std::make_shared<SerialQueue>(label);
 }
 
 }  // namespace vantorium

@@ -20,6 +20,8 @@ class HTTPBody {
   /// `spoolDirectory` is created when the first byte goes there.
   HTTPBody(std::filesystem::path spoolDirectory, std::size_t spoolAbove);
 
+  /// So many bytes will come, as the answer says before the first; it may be wrong. Fails as `append`.
+  std::optional<Error> expect(std::uint64_t size);
   /// Returns the failure to write the spool file, a "posix" error; the body is then of no more use.
   std::optional<Error> append(std::string_view bytes);
   std::uint64_t size() const { return size_; }
@@ -28,6 +30,7 @@ class HTTPBody {
   std::optional<Data> take(std::optional<Error>& error);
 
  private:
+  std::optional<Error> openSpool();
   std::optional<Error> flush();
 
   std::filesystem::path spoolDirectory_;

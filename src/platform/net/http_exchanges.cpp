@@ -1,12 +1,8 @@
 #include "platform/net/http_exchanges.hpp"
 
 #include <algorithm>
-#include <chrono>
-#include <climits>
-#include <cstdint>
 #include <iterator>
 #include <utility>
-#include <vector>
 
 #include "platform/net/http_error.hpp"
 
@@ -14,12 +10,21 @@ namespace vantorium {
 
 namespace {
 
-/// Exchanges with one server under way at a time. Others wait for their turn, and their silence does not
-/// count.
+/// Exchanges with one server under way at a time. Others wait for their turn, and their time does not count.
 constexpr std::size_t transfersPerServer = 64;
 
 std::string serverOf(const std::string& url) {
   return url.substr(0, url.find_first_of("/?#", url.find("//") + 2));
+}
+
+/// What `make` answers, or that there was no memory to answer.
+template <typename Make>
+HTTPAnswer answerOf(const Make& make) noexcept {
+  try {
+    return make();
+  } catch (...) {
+    return {.error = outOfMemory()};
+  }
 }
 
 }  // namespace
@@ -27,94 +32,129 @@ std::string serverOf(const std::string& url) {
 HTTPExchanges::HTTPExchanges(CURLM* multi, const HTTPSession::Configuration& configuration, Deliver deliver)
     : multi_(multi), configuration_(configuration), deliver_(std::move(deliver)) {}
 
-void HTTPExchanges::add(std::uint64_t id, HTTPRequest request, HTTPSession::Completion completion) {
-  std::string server = serverOf(request.url);
-  Lane& lane = lanes_[server];
-  lane.waiting.push_back({id, std::move(request), std::move(completion), std::move(server), nullptr});
-  startWaiting(lane);
+void HTTPExchanges::add(HTTPExchangeList exchanges) {
+  while (!exchanges.empty()) {
+    const auto first = exchanges.begin();
+    try {
+      HTTPLane& lane = lanes_[serverOf(first->request.url)];
+      lane.waiting.splice(lane.waiting.end(), exchanges, first);
+    } catch (...) {
+      refuse(exchanges, first, CURLE_OUT_OF_MEMORY);
+    }
+  }
 }
 
 void HTTPExchanges::cancel(std::uint64_t id) {
-  const auto isMeant = [id](const Exchange& exchange) { return exchange.id == id; };
-  for (const auto& [handle, exchange] : active_) {
-    if (isMeant(exchange)) return finish(handle, CURLE_ABORTED_BY_CALLBACK);
-  }
+  const auto isMeant = [id](const HTTPExchange& exchange) { return exchange.id == id; };
+  const auto active = std::ranges::find_if(active_, isMeant);
+  if (active != active_.end()) return end(*active, CURLE_ABORTED_BY_CALLBACK);
   for (auto& [server, lane] : lanes_) {
-    const auto found = std::ranges::find_if(lane.waiting, isMeant);
-    if (found == lane.waiting.end()) continue;
-    Exchange exchange = std::move(*found);
-    lane.waiting.erase(found);
-    return refuse(std::move(exchange), CURLE_ABORTED_BY_CALLBACK);
+    const auto waiting = std::ranges::find_if(lane.waiting, isMeant);
+    if (waiting != lane.waiting.end()) return refuse(lane.waiting, waiting, CURLE_ABORTED_BY_CALLBACK);
   }
 }
 
-void HTTPExchanges::startWaiting(Lane& lane) {
-  while (!lane.waiting.empty() && lane.active < transfersPerServer) {
-    Exchange exchange = std::move(lane.waiting.front());
-    lane.waiting.pop_front();
-    exchange.transfer = std::make_unique<HTTPTransfer>(exchange.request, configuration_);
-    CURL* const handle = exchange.transfer->handle();
-    if (handle == nullptr || curl_multi_add_handle(multi_, handle) != CURLM_OK) {
-      refuse(std::move(exchange), CURLE_OUT_OF_MEMORY);
-      continue;
-    }
-    ++lane.active;
-    active_.emplace(handle, std::move(exchange));
+CURLMcode HTTPExchanges::advance() {
+  startWaiting();
+  int running = 0;
+  const CURLMcode code = curl_multi_perform(multi_, &running);
+  collectFinished();
+  endOverdue();
+  startWaiting();
+  return code;
+}
+
+void HTTPExchanges::startWaiting() {
+  for (auto at = lanes_.begin(); at != lanes_.end();) {
+    start(at->second);
+    at = at->second.active == 0 ? lanes_.erase(at) : std::next(at);
   }
+}
+
+void HTTPExchanges::start(HTTPLane& lane) {
+  while (!lane.waiting.empty() && lane.active < transfersPerServer) {
+    active_.splice(active_.end(), lane.waiting, lane.waiting.begin());
+    HTTPExchange& exchange = active_.back();
+    exchange.place = std::prev(active_.end());
+    exchange.lane = &lane;
+    ++lane.active;
+    if (const CURLcode code = begin(exchange); code != CURLE_OK) end(exchange, code);
+  }
+}
+
+CURLcode HTTPExchanges::begin(HTTPExchange& exchange) {
+  try {
+    exchange.transfer = std::make_unique<HTTPTransfer>(exchange.request, configuration_, &exchange);
+  } catch (...) {
+    return CURLE_OUT_OF_MEMORY;
+  }
+  if (exchange.transfer->failedSetUp() != CURLE_OK) return exchange.transfer->failedSetUp();
+  nextLook_ = std::min(nextLook_, exchange.transfer->deadline());
+  const CURLMcode code = curl_multi_add_handle(multi_, exchange.transfer->handle());
+  return code == CURLM_OK ? CURLE_OK : CURLE_OUT_OF_MEMORY;
 }
 
 void HTTPExchanges::collectFinished() {
   int left = 0;
   while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
-    if (message->msg == CURLMSG_DONE) finish(message->easy_handle, message->data.result);
+    if (message->msg != CURLMSG_DONE) continue;
+    HTTPExchange* exchange = nullptr;
+    curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &exchange);
+    end(*exchange, message->data.result);
   }
 }
 
-int HTTPExchanges::endSilent() {
+void HTTPExchanges::endOverdue() {
   const auto now = std::chrono::steady_clock::now();
-  std::vector<CURL*> silent;
-  auto wait = std::chrono::nanoseconds::max();
-  for (const auto& [handle, exchange] : active_) {
-    const auto left = exchange.transfer->lastByte() + configuration_.limits.idleTimeout - now;
-    if (left <= left.zero()) {
-      silent.push_back(handle);
+  if (now < nextLook_) return;
+  nextLook_ = TimePoint::max();
+  for (auto at = active_.begin(); at != active_.end();) {
+    HTTPExchange& exchange = *at++;
+    const auto deadline = exchange.transfer->deadline();
+    if (deadline <= now) {
+      end(exchange, CURLE_OPERATION_TIMEDOUT);
     } else {
-      wait = std::min<std::chrono::nanoseconds>(wait, left);
+      nextLook_ = std::min(nextLook_, deadline);
     }
   }
-  for (CURL* handle : silent) finish(handle, CURLE_OPERATION_TIMEDOUT);
-  return static_cast<int>(std::min<std::int64_t>(wait / std::chrono::milliseconds(1) + 1, INT_MAX));
 }
 
-void HTTPExchanges::endAll(CURLcode code) {
-  std::vector<Exchange> waiting;
+std::chrono::milliseconds HTTPExchanges::untilOverdue() const {
+  const auto left = nextLook_ - std::chrono::steady_clock::now();
+  return std::max(std::chrono::ceil<std::chrono::milliseconds>(left), std::chrono::milliseconds(0));
+}
+
+void HTTPExchanges::endAll(CURLcode code) noexcept {
+  while (!active_.empty()) end(active_.front(), code);
   for (auto& [server, lane] : lanes_) {
-    std::ranges::move(lane.waiting, std::back_inserter(waiting));
-    lane.waiting.clear();
+    while (!lane.waiting.empty()) refuse(lane.waiting, lane.waiting.begin(), code);
   }
-  while (!active_.empty()) finish(active_.begin()->first, code);
-  for (auto& exchange : waiting) refuse(std::move(exchange), code);
+  lanes_.clear();
 }
 
-void HTTPExchanges::finish(CURL* handle, CURLcode code) {
-  auto node = active_.extract(handle);
-  if (node.empty()) return;
-  Exchange& exchange = node.mapped();
-  curl_multi_remove_handle(multi_, handle);
-  HTTPResult result = exchange.transfer->finish(code);
-  exchange.transfer
-      .reset();  // and with it the spool file of a body that failed: whoever hears of it finds no trace
-  deliver_(std::move(exchange.completion), std::move(result));
-
-  const auto lane = lanes_.find(exchange.server);
-  --lane->second.active;
-  startWaiting(lane->second);
-  if (lane->second.active == 0) lanes_.erase(lane);
+void HTTPExchanges::end(HTTPExchange& exchange, CURLcode code) noexcept {
+  --exchange.lane->active;
+  if (exchange.transfer) {
+    curl_multi_remove_handle(multi_, exchange.transfer->handle());
+    exchange.answer = answerOf([&] { return exchange.transfer->finish(code); });
+    // With it goes the spool file of a body that failed: whoever hears of it finds no trace.
+    exchange.transfer = nullptr;
+    HTTPExchangeList ended;
+    ended.splice(ended.end(), active_, exchange.place);
+    deliver_(std::move(ended));
+  } else {
+    refuse(active_, exchange.place, code);
+  }
 }
 
-void HTTPExchanges::refuse(Exchange exchange, CURLcode code) {
-  deliver_(std::move(exchange.completion),
-           {std::nullopt, httpError(code, exchange.request.url, configuration_.limits)});
+void HTTPExchanges::refuse(HTTPExchangeList& from, HTTPExchangeList::iterator exchange,
+                           CURLcode code) noexcept {
+  exchange->answer = answerOf([&]() -> HTTPAnswer {
+    return {.error = httpError(code, exchange->request.url, configuration_.limits)};
+  });
+  HTTPExchangeList ended;
+  ended.splice(ended.end(), from, exchange);
+  deliver_(std::move(ended));
 }
 
 }  // namespace vantorium

@@ -2,17 +2,17 @@
 
 #include <curl/curl.h>
 
+#include <cerrno>
 #include <chrono>
-#include <climits>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
-#include <vantorium/dispatch_queue.hpp>
-
 #include "platform/foundation/signal_block.hpp"
 #include "platform/foundation/thread_annotations.hpp"
+#include "platform/net/http_delivery.hpp"
 #include "platform/net/http_error.hpp"
 #include "platform/net/http_exchanges.hpp"
 #include "platform/net/http_library.hpp"
@@ -22,24 +22,42 @@ namespace vantorium {
 
 namespace {
 
-/// For how long connections are kept for a next request when all is quiet.
-constexpr std::chrono::seconds connectionsKeptFor{60};
+using std::chrono::milliseconds;
+
 /// How many connections are kept, whether used or not.
 constexpr long connectionsKept = 64;
+/// When completions that found no memory are tried again.
+constexpr milliseconds nextFlush{50};
 
-/// None when there is no memory, or no file descriptor to wake it by.
-CURLM* makeMulti() {
-  HTTPLibrary::shared();  // libcurl is ready from here on
-  CURLM* const multi = curl_multi_init();
-  curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, connectionsKept);
-  if (curl_multi_wakeup(multi) == CURLM_OK) return multi;
-  curl_multi_cleanup(multi);
+struct MultiCleanup {
+  void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+};
+using Multi = std::unique_ptr<CURLM, MultiCleanup>;
+
+/// Whether the thread that waits in `multi` looks up; what fails once may well succeed.
+bool wake(CURLM* multi) {
+  for (int tries = 0; tries < 3; ++tries) {
+    if (curl_multi_wakeup(multi) == CURLM_OK) return true;
+  }
+  return false;
+}
+
+/// None with `error` set when there is no memory, or no file descriptor to wake it by.
+Multi makeMulti(std::optional<Error>& error) {
+  errno = 0;
+  Multi multi(curl_multi_init());
+  if (multi && curl_multi_setopt(multi.get(), CURLMOPT_MAXCONNECTS, connectionsKept) == CURLM_OK &&
+      wake(multi.get())) {
+    return multi;
+  }
+  error = noNetwork(errno == 0 ? ENOMEM : errno);
   return nullptr;
 }
 
 }  // namespace
 
-/// The network thread and the way to it.
+/// The network thread and the way to it. The thread lives while there is something to do, and a little longer
+/// with the connections that it keeps.
 class HTTPSession::Impl {
  public:
   explicit Impl(Configuration configuration);
@@ -49,54 +67,34 @@ class HTTPSession::Impl {
 
   std::uint64_t send(HTTPRequest request, Completion completion) EXCLUDES(mutex_);
   void cancel(std::uint64_t exchange) EXCLUDES(mutex_);
-  void shutdown() EXCLUDES(mutex_, threadMutex_);
+  void shutdown() EXCLUDES(mutex_, shutdownMutex_);
 
  private:
-  struct Incoming {
-    std::uint64_t id;
-    HTTPRequest request;
-    Completion completion;
-  };
+  /// Makes sure that there is a thread; else returns why there is none.
+  std::optional<Error> start() REQUIRES(mutex_);
+  std::optional<Error> handOver(HTTPExchangeList& exchange) REQUIRES(mutex_);
 
-  bool startThread(CURLM* multi) EXCLUDES(threadMutex_);
-  void run(CURLM* multi);
-  /// Milliseconds for which nothing has to be done unless something comes in.
-  int timeToWait(HTTPExchanges& exchanges, CURLM*& multi);
-  /// Closes the connections, which only a new handle does.
-  void dropConnections(HTTPExchanges& exchanges, CURLM*& multi) EXCLUDES(mutex_);
-  /// Hands over what was sent; false when it is time to stop.
-  bool takeIncoming(HTTPExchanges& exchanges) EXCLUDES(mutex_);
-  void deliver(Completion completion, HTTPResult result) const;
+  void run(const Multi& multi);
+  /// Does what can be done and waits for more; a failure is for all exchanges.
+  CURLMcode turn(CURLM* multi, HTTPExchanges& exchanges);
+  /// Hands over what was sent; false when it is time to end. Whoever sends then starts another thread.
+  bool takeIncoming(HTTPExchanges& exchanges, bool goesOn) EXCLUDES(mutex_);
 
   const Configuration configuration_;
-  const std::shared_ptr<DispatchQueue> callbackQueue_ = DispatchQueue::serial("vantorium.http");
+  const std::shared_ptr<HTTPDelivery> delivery_ = std::make_shared<HTTPDelivery>();
   Mutex mutex_;
-  CURLM* multi_ GUARDED_BY(mutex_);  // the network thread's, for waking it
+  CURLM* multi_ GUARDED_BY(mutex_) = nullptr;  // the network thread's, for waking it; null when it ends
+  std::thread thread_ GUARDED_BY(mutex_);
   bool isStopping_ GUARDED_BY(mutex_) = false;
-  CURLcode refusal_ GUARDED_BY(mutex_) = CURLE_ABORTED_BY_CALLBACK;  // of what is sent too late
   std::uint64_t lastID_ GUARDED_BY(mutex_) = 0;
-  std::vector<Incoming> incoming_ GUARDED_BY(mutex_);
+  HTTPExchangeList incoming_ GUARDED_BY(mutex_);
   std::vector<std::uint64_t> cancelled_ GUARDED_BY(mutex_);
+  Mutex shutdownMutex_;  // held while the thread is awaited
 
-  Mutex threadMutex_;  // held while the thread is awaited
-  std::thread thread_ GUARDED_BY(threadMutex_);
-
-  // The network thread's own.
-  std::chrono::steady_clock::time_point lastBusy_;
-  bool hasConnections_ = false;
+  std::chrono::steady_clock::time_point lastBusy_;  // the network thread's own
 };
 
-HTTPSession::Impl::Impl(Configuration configuration)
-    : configuration_(std::move(configuration)), multi_(makeMulti()) {
-  {
-    const MutexLock lock(mutex_);
-    if (multi_ == nullptr || !startThread(multi_)) {
-      curl_multi_cleanup(multi_);
-      isStopping_ = true;
-      refusal_ = CURLE_FAILED_INIT;
-      return;
-    }
-  }
+HTTPSession::Impl::Impl(Configuration configuration) : configuration_(std::move(configuration)) {
   HTTPLibrary::shared().add(this, [this] { shutdown(); });
 }
 
@@ -105,112 +103,114 @@ HTTPSession::Impl::~Impl() {
   shutdown();
 }
 
-bool HTTPSession::Impl::startThread(CURLM* multi) {
-  const MutexLock lock(threadMutex_);
-  const SignalBlock block;
-  try {
-    thread_ = std::thread([this, multi] { run(multi); });
-    return true;
-  } catch (const std::system_error&) {
-    return false;
+std::uint64_t HTTPSession::Impl::send(HTTPRequest request, Completion completion) {
+  auto error = HTTPTransfer::check(request, configuration_.limits);
+  HTTPExchangeList exchange(1);
+  // From here on nothing that could fail stands between the request and its completion.
+  exchange.front().request = std::move(request);
+  exchange.front().completion = std::move(completion);
+  std::uint64_t id = 0;
+  {
+    const MutexLock lock(mutex_);
+    exchange.front().id = id = ++lastID_;
+    if (!error) error = handOver(exchange);
   }
+  if (!error) return id;
+  exchange.front().answer.error = std::move(error);
+  delivery_->deliver(std::move(exchange));
+  return id;
 }
 
-std::uint64_t HTTPSession::Impl::send(HTTPRequest request, Completion completion) {
-  std::uint64_t id = 0;
-  auto error = HTTPTransfer::check(request, configuration_.limits);
-  if (!error) {
-    const MutexLock lock(mutex_);
-    id = ++lastID_;
-    if (!isStopping_) {
-      incoming_.push_back({id, std::move(request), std::move(completion)});
-      curl_multi_wakeup(multi_);
-      return id;
-    }
-    error = httpError(refusal_, request.url, configuration_.limits);
+std::optional<Error> HTTPSession::Impl::handOver(HTTPExchangeList& exchange) {
+  try {
+    if (isStopping_)
+      return httpError(CURLE_ABORTED_BY_CALLBACK, exchange.front().request.url, configuration_.limits);
+    if (auto error = start()) return error;
+  } catch (...) {
+    return outOfMemory();
   }
-  deliver(std::move(completion), {std::nullopt, std::move(error)});
-  return id;
+  if (!wake(multi_)) return noNetwork(errno);
+  incoming_.splice(incoming_.end(), exchange);
+  return std::nullopt;
+}
+
+std::optional<Error> HTTPSession::Impl::start() {
+  if (multi_ != nullptr) return std::nullopt;
+  if (thread_.joinable()) thread_.join();  // it has nothing left to do but to let go of its connections
+  std::optional<Error> error;
+  Multi multi = makeMulti(error);
+  if (!multi) return error;
+  CURLM* const made = multi.get();
+  const SignalBlock block;
+  try {
+    thread_ = std::thread([this, multi = std::move(multi)] { run(multi); });
+  } catch (const std::system_error& refused) {
+    return noNetwork(refused.code().value());
+  }
+  multi_ = made;
+  return std::nullopt;
 }
 
 void HTTPSession::Impl::cancel(std::uint64_t exchange) {
   const MutexLock lock(mutex_);
-  if (isStopping_) return;
-  cancelled_.push_back(exchange);
-  curl_multi_wakeup(multi_);
+  if (multi_ == nullptr) return;
+  try {
+    cancelled_.push_back(exchange);
+  } catch (const std::bad_alloc&) {
+    return;
+  }
+  wake(multi_);
 }
 
 void HTTPSession::Impl::shutdown() {
+  const MutexLock one(shutdownMutex_);
+  std::thread thread;
   {
     const MutexLock lock(mutex_);
-    if (!isStopping_) curl_multi_wakeup(multi_);
     isStopping_ = true;
+    if (multi_ != nullptr) wake(multi_);
+    thread = std::move(thread_);
   }
-  const MutexLock lock(threadMutex_);
-  if (thread_.joinable()) thread_.join();
+  if (thread.joinable()) thread.join();
 }
 
-void HTTPSession::Impl::run(CURLM* multi) {
-  HTTPExchanges exchanges(multi, configuration_, [this](Completion completion, HTTPResult result) {
-    deliver(std::move(completion), std::move(result));
-  });
-  while (takeIncoming(exchanges)) {
-    int running = 0;
-    CURLMcode code = curl_multi_perform(multi, &running);
-    exchanges.collectFinished();
-    const int wait = timeToWait(exchanges, multi);
-    if (code == CURLM_OK) code = curl_multi_poll(multi, nullptr, 0, wait, nullptr);
-    if (code != CURLM_OK) exchanges.endAll(CURLE_FAILED_INIT);
-  }
-  exchanges.endAll(CURLE_ABORTED_BY_CALLBACK);
-  curl_multi_cleanup(multi);
+void HTTPSession::Impl::run(const Multi& multi) {
+  lastBusy_ = std::chrono::steady_clock::now();
+  HTTPExchanges exchanges(multi.get(), configuration_,
+                          [this](HTTPExchangeList ended) { delivery_->deliver(std::move(ended)); });
+  CURLMcode code = CURLM_OK;
+  while (takeIncoming(exchanges, code == CURLM_OK)) code = turn(multi.get(), exchanges);
+  exchanges.endAll(code == CURLM_OK ? CURLE_ABORTED_BY_CALLBACK : CURLE_OUT_OF_MEMORY);
 }
 
-int HTTPSession::Impl::timeToWait(HTTPExchanges& exchanges, CURLM*& multi) {
+CURLMcode HTTPSession::Impl::turn(CURLM* multi, HTTPExchanges& exchanges) {
+  const CURLMcode code = exchanges.advance();
+  if (code != CURLM_OK) return code;
   const auto now = std::chrono::steady_clock::now();
-  const int untilSilent = exchanges.endSilent();
-  if (!exchanges.isEmpty()) {
-    lastBusy_ = now;
-    hasConnections_ = true;
-    return untilSilent;
-  }
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(lastBusy_ + connectionsKeptFor - now);
-  if (hasConnections_ && left.count() > 0) return static_cast<int>(left.count());
-  if (hasConnections_) dropConnections(exchanges, multi);
-  hasConnections_ = false;
-  return INT_MAX;  // asleep until something comes in
+  if (!exchanges.isEmpty()) lastBusy_ = now;
+  milliseconds wait =
+      exchanges.isEmpty()
+          ? std::chrono::ceil<milliseconds>(lastBusy_ + configuration_.limits.connectionsKeptFor - now)
+          : exchanges.untilOverdue();
+  if (!delivery_->flush()) wait = std::min(wait, nextFlush);
+  return curl_multi_poll(multi, nullptr, 0, static_cast<int>(std::max(wait.count(), 0L)), nullptr);
 }
 
-void HTTPSession::Impl::dropConnections(HTTPExchanges& exchanges, CURLM*& multi) {
-  CURLM* const fresh = makeMulti();
-  if (fresh == nullptr) return;
-  {
-    const MutexLock lock(mutex_);
-    multi_ = fresh;
-  }
-  exchanges.use(fresh);
-  curl_multi_cleanup(std::exchange(multi, fresh));
-}
-
-bool HTTPSession::Impl::takeIncoming(HTTPExchanges& exchanges) {
-  std::vector<Incoming> incoming;
+bool HTTPSession::Impl::takeIncoming(HTTPExchanges& exchanges, bool goesOn) {
+  HTTPExchangeList incoming;
   std::vector<std::uint64_t> cancelled;
-  bool goesOn = false;
+  const bool isQuiet = exchanges.isEmpty() && std::chrono::steady_clock::now() >=
+                                                  lastBusy_ + configuration_.limits.connectionsKeptFor;
   {
     const MutexLock lock(mutex_);
     incoming.swap(incoming_);
     cancelled.swap(cancelled_);
-    goesOn = !isStopping_;
+    goesOn = goesOn && !isStopping_ && !(isQuiet && incoming.empty());
+    if (!goesOn) multi_ = nullptr;
   }
-  for (auto& one : incoming) exchanges.add(one.id, std::move(one.request), std::move(one.completion));
+  exchanges.add(std::move(incoming));
   for (const std::uint64_t id : cancelled) exchanges.cancel(id);
   return goesOn;
-}
-
-void HTTPSession::Impl::deliver(Completion completion, HTTPResult result) const {
-  callbackQueue_->async([completion = std::move(completion), result = std::move(result)]() mutable {
-    if (completion) completion(std::move(result.body), std::move(result.error));
-  });
 }
 
 HTTPSession::HTTPSession(Configuration configuration)

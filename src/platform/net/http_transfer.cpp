@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/foundation/ascii.hpp"
 #include "platform/foundation/files.hpp"
 #include "platform/foundation/url.hpp"
 #include "platform/net/http_error.hpp"
@@ -15,7 +16,7 @@ namespace vantorium {
 namespace {
 
 constexpr const char* protocols = "http,https";
-constexpr long receiveBuffer = 64L * 1024;
+constexpr long receiveBuffer = 128L * 1024;
 
 /// Proxies are for the outside: whatever the environment says, this machine is spoken to directly.
 std::string hostsWithoutProxy() {
@@ -30,11 +31,22 @@ bool holdsLineBreak(std::string_view text) {
   return text.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos;
 }
 
-Error headersTooLarge(const std::string& url, const HTTPLimits& limits) {
+std::string hostOf(const std::string& url) {
   const auto parsed = URL::parse(url);
+  return parsed ? parsed->host() : url;
+}
+
+Error headersTooLarge(const std::string& url, const HTTPLimits& limits) {
   return Error::platform("curl", CURLE_RECV_ERROR,
                          fmt::format("The header lines that {} sent are longer than the {} bytes accepted.",
-                                     parsed ? parsed->host() : url, limits.headerBytes));
+                                     hostOf(url), limits.headerBytes));
+}
+
+/// libcurl has one word for both.
+Error lineTooLong(const std::string& url) {
+  return Error::platform(
+      "curl", CURLE_RECV_ERROR,
+      fmt::format("A header line that {} sent is too long, or there is no memory for it.", hostOf(url)));
 }
 
 HTTPLimits limitsOf(const HTTPRequest& request, HTTPLimits limits) {
@@ -62,17 +74,22 @@ std::optional<Error> HTTPTransfer::check(const HTTPRequest& request, const HTTPL
   return std::nullopt;
 }
 
-HTTPTransfer::HTTPTransfer(HTTPRequest request, const HTTPSession::Configuration& configuration)
-    : request_(std::move(request)),
+HTTPTransfer::HTTPTransfer(const HTTPRequest& request, const HTTPSession::Configuration& configuration,
+                           void* owner)
+    : request_(request),
       configuration_(configuration),
       limits_(limitsOf(request_, configuration.limits)),
       body_(configuration.spoolDirectory, configuration.limits.spoolAbove),
       handle_(curl_easy_init()) {
-  if (handle_) setUp();
+  if (handle_) {
+    setUp(owner);
+  } else {
+    failedSetUp_ = CURLE_OUT_OF_MEMORY;
+  }
 }
 
-void HTTPTransfer::setUp() {
-  set(CURLOPT_PRIVATE, this);
+void HTTPTransfer::setUp(void* owner) {
+  set(CURLOPT_PRIVATE, owner);
   set(CURLOPT_ERRORBUFFER, detail_.data());
   set(CURLOPT_NOSIGNAL, 1L);
   set(CURLOPT_QUICK_EXIT, 1L);  // a name that is still being looked up does not hold up the end
@@ -81,31 +98,36 @@ void HTTPTransfer::setUp() {
   // So that one dead address of several leaves time for the next.
   set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits_.idleTimeout.count()));
   set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(limits_.bodyBytes));
+  setUpCallbacks();
+  setUpRequest();
+  setUpTrust();
+}
 
+void HTTPTransfer::setUpCallbacks() {
   set(CURLOPT_HEADERDATA, this);
   set(
       CURLOPT_HEADERFUNCTION, +[](char* bytes, std::size_t, std::size_t count, void* self) {
-        return static_cast<HTTPTransfer*>(self)->onHeader({bytes, count}) ? count : 0;
+        return guarded(self, [&](auto& transfer) { return transfer.onHeader({bytes, count}); }) ? count : 0;
       });
   set(CURLOPT_WRITEDATA, this);
   set(
       CURLOPT_WRITEFUNCTION, +[](char* bytes, std::size_t, std::size_t count, void* self) {
-        return static_cast<HTTPTransfer*>(self)->onBody({bytes, count}) ? count : 0;
+        return guarded(self, [&](auto& transfer) { return transfer.onBody({bytes, count}); }) ? count : 0;
       });
   set(CURLOPT_NOPROGRESS, 0L);
   set(CURLOPT_XFERINFODATA, this);
   set(
       CURLOPT_XFERINFOFUNCTION,
       +[](void* self, curl_off_t, curl_off_t downloaded, curl_off_t, curl_off_t uploaded) {
-        return static_cast<HTTPTransfer*>(self)->onProgress(downloaded, uploaded) ? 0 : 1;
+        return guarded(self, [&](auto& transfer) { return transfer.onProgress(downloaded, uploaded); }) ? 0
+                                                                                                        : 1;
       });
   set(CURLOPT_PREREQDATA, this);
   set(
       CURLOPT_PREREQFUNCTION, +[](void* self, char*, char*, int, int) {
-        return static_cast<HTTPTransfer*>(self)->onConnected() ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+        return guarded(self, [&](auto& transfer) { return transfer.onConnected(); }) ? CURL_PREREQFUNC_OK
+                                                                                     : CURL_PREREQFUNC_ABORT;
       });
-  setUpRequest();
-  setUpTrust();
 }
 
 void HTTPTransfer::setUpRequest() {
@@ -154,27 +176,48 @@ void HTTPTransfer::setUpTrust() {
 
 void HTTPTransfer::addHeader(const std::string& line) {
   auto* extended = curl_slist_append(headers_.get(), line.c_str());
-  if (extended == nullptr) return;
+  if (extended == nullptr) {
+    failedSetUp_ = CURLE_OUT_OF_MEMORY;
+    return;
+  }
   static_cast<void>(headers_.release());
   headers_.reset(extended);
 }
 
-// When a connection kept from earlier turns out to be dead, libcurl sends the request once more on a new one.
-// The service may have acted on the first: an event counted twice is worse than one that is reported as lost.
-bool HTTPTransfer::onConnected() {
+void HTTPTransfer::note(std::uint64_t bytes) {
   lastByte_ = std::chrono::steady_clock::now();
-  long redirects = 0;
-  curl_easy_getinfo(handle_.get(), CURLINFO_REDIRECT_COUNT, &redirects);
-  const bool isSentAgain = ++timesSent_ > redirects + 1;
-  if (!isSentAgain || request_.method != "POST") return true;
+  measured_ += bytes;
+  const std::chrono::duration<double> time = limits_.slowFor;
+  if (static_cast<double>(measured_) >= static_cast<double>(limits_.slowBytesPerSecond) * time.count())
+    measureAnew();
+}
+
+void HTTPTransfer::measureAnew() {
+  measuredSince_ = lastByte_;
+  measured_ = 0;
+}
+
+// When a connection kept from earlier turns out to be dead, libcurl sends the request once more on a new one.
+// If the first had begun to leave, the service may have acted on it: an event counted twice is worse than one
+// that is reported as lost.
+bool HTTPTransfer::onConnected() {
+  note(0);
+  measureAnew();
+  const long redirects = information<long>(CURLINFO_REDIRECT_COUNT);
+  const long left = information<long>(CURLINFO_REQUEST_SIZE);
+  const bool mayHaveArrived = redirects == redirects_ && left > left_;
+  redirects_ = redirects;
+  left_ = left;
+  if (!mayHaveArrived || request_.method != "POST") return true;
   fail(httpError(CURLE_RECV_ERROR, url(), limits_, "the connection was closed before the answer"));
   return false;
 }
 
 bool HTTPTransfer::onHeader(std::string_view line) {
-  lastByte_ = std::chrono::steady_clock::now();
+  note(line.size());
   const bool beginsAnswer = std::exchange(headersEnded_, line == "\r\n" || line == "\n");
   if (beginsAnswer && line.starts_with("HTTP/")) {
+    measureAnew();
     if (!isInterim_) headerBytes_ = 0;  // the answer after a redirect counts anew
     const auto code = line.find(' ');
     isInterim_ = code != std::string_view::npos && line.substr(code + 1).starts_with('1');
@@ -190,13 +233,19 @@ bool HTTPTransfer::onBody(std::string_view bytes) {
     fail(httpError(CURLE_FILESIZE_EXCEEDED, url(), limits_));
     return false;
   }
-  failure_ = body_.append(bytes);
+  if (body_.size() == 0) {
+    const auto size = information<curl_off_t>(CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
+    if (size > 0) failure_ = body_.expect(static_cast<std::uint64_t>(size));
+  }
+  if (!failure_) failure_ = body_.append(bytes);
   return !failure_;
 }
 
 bool HTTPTransfer::onProgress(curl_off_t downloaded, curl_off_t uploaded) {
-  if (downloaded + uploaded != moved_) lastByte_ = std::chrono::steady_clock::now();
-  moved_ = downloaded + uploaded;
+  const curl_off_t moved = downloaded + uploaded;
+  // After a redirect they are counted anew.
+  if (moved != moved_) note(static_cast<std::uint64_t>(moved > moved_ ? moved - moved_ : moved));
+  moved_ = moved;
   // The body of a redirect is not for anybody, and must end all the same.
   if (static_cast<std::uint64_t>(downloaded) <= limits_.bodyBytes) return true;
   fail(httpError(CURLE_FILESIZE_EXCEEDED, url(), limits_));
@@ -204,21 +253,51 @@ bool HTTPTransfer::onProgress(curl_off_t downloaded, curl_off_t uploaded) {
 }
 
 std::string HTTPTransfer::url() const {
-  const char* effective = nullptr;
-  curl_easy_getinfo(handle_.get(), CURLINFO_EFFECTIVE_URL, &effective);
+  const auto* effective = information<const char*>(CURLINFO_EFFECTIVE_URL);
   return effective == nullptr || *effective == '\0' ? request_.url : effective;
 }
 
-HTTPResult HTTPTransfer::finish(CURLcode code) {
-  if (failure_) return {std::nullopt, std::move(failure_)};
-  // libcurl has no better word for one header line beyond its own bound.
-  if (code == CURLE_OUT_OF_MEMORY && headerBytes_ > 0 && body_.size() == 0) {
-    return {std::nullopt, headersTooLarge(url(), limits_)};
+std::string HTTPTransfer::contentType() const {
+  curl_header* header = nullptr;
+  if (curl_easy_header(handle_.get(), "Content-Type", 0, CURLH_HEADER, -1, &header) != CURLHE_OK) return {};
+  const std::string_view type =
+      std::string_view(header->value).substr(0, std::string_view(header->value).find(';'));
+  return asciiLowered(std::string(type.substr(0, type.find_last_not_of(" \t") + 1)));
+}
+
+HTTPAnswer HTTPTransfer::finish(CURLcode code) {
+  HTTPAnswer answer;
+  answer.body = takeBody(code, answer.error);
+  const long status = information<long>(CURLINFO_RESPONSE_CODE);
+  answer.status =
+      status < 200 ? 0 : static_cast<int>(status);  // an interim one announces, and answers nothing
+  answer.contentType = contentType();
+  answer.hasLeft = information<long>(CURLINFO_REQUEST_SIZE) > 0;
+  return answer;
+}
+
+Error HTTPTransfer::timedOut() const {
+  const auto now = std::chrono::steady_clock::now();
+  if (now < silentAt() && now >= slowAt()) return tooSlow(url(), limits_);
+  if (now < silentAt() && now >= began_ + limits_.longest) return tookTooLong(url(), limits_);
+  return httpError(CURLE_OPERATION_TIMEDOUT, url(), limits_, detail_.data());
+}
+
+std::optional<Data> HTTPTransfer::takeBody(CURLcode code, std::optional<Error>& error) {
+  if (isOutOfMemory_) {
+    error = outOfMemory();
+  } else if (failure_) {
+    error = std::move(failure_);
+  } else if (code == CURLE_OPERATION_TIMEDOUT) {
+    error = timedOut();
+  } else if (code == CURLE_OUT_OF_MEMORY && headerBytes_ > 0 && body_.size() == 0) {
+    error = lineTooLong(url());
+  } else if (code != CURLE_OK) {
+    error = httpError(code, url(), limits_, detail_.data());
+  } else {
+    return body_.take(error);
   }
-  if (code != CURLE_OK) return {std::nullopt, httpError(code, url(), limits_, detail_.data())};
-  HTTPResult result;
-  result.body = body_.take(result.error);
-  return result;
+  return std::nullopt;
 }
 
 }  // namespace vantorium

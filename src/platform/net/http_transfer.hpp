@@ -2,8 +2,10 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,17 +13,10 @@
 
 #include <vantorium/error.hpp>
 
-#include "platform/foundation/data.hpp"
 #include "platform/net/http_body.hpp"
 #include "platform/net/http_session.hpp"
 
 namespace vantorium {
-
-/// What an exchange comes to: exactly one of the two.
-struct HTTPResult {
-  std::optional<Data> body;
-  std::optional<Error> error;
-};
 
 /// One exchange: a request on its way through libcurl and the answer as it comes in. Network thread only.
 class HTTPTransfer {
@@ -31,18 +26,19 @@ class HTTPTransfer {
   /// What is wrong with the request itself, found without the network; any thread.
   static std::optional<Error> check(const HTTPRequest& request, const HTTPLimits& limits);
 
-  /// A request that passed `check`. The configuration must outlive the transfer.
-  HTTPTransfer(HTTPRequest request, const HTTPSession::Configuration& configuration);
+  /// A request that passed `check`. Both must outlive the transfer. libcurl keeps `owner` as CURLOPT_PRIVATE.
+  HTTPTransfer(const HTTPRequest& request, const HTTPSession::Configuration& configuration, void* owner);
   HTTPTransfer(const HTTPTransfer&) = delete;
   HTTPTransfer& operator=(const HTTPTransfer&) = delete;
 
-  /// Made ready to be added to a multi handle; null when there is no memory. It knows its transfer as
-  /// CURLOPT_PRIVATE.
+  /// Why the request cannot be sent as it should be, and must not be sent at all; CURLE_OK when it can.
+  CURLcode failedSetUp() const { return failedSetUp_; }
+  /// Made ready to be added to a multi handle.
   CURL* handle() const { return handle_.get(); }
-  /// When a byte last moved, either way, or the exchange began.
-  TimePoint lastByte() const { return lastByte_; }
+  /// When the exchange will have been silent, slow or under way for too long; never becomes earlier.
+  TimePoint deadline() const { return std::min({silentAt(), slowAt(), began_ + limits_.longest}); }
   /// The end: `code` is what libcurl says. Called once.
-  HTTPResult finish(CURLcode code);
+  HTTPAnswer finish(CURLcode code);
 
  private:
   struct Freed {
@@ -50,33 +46,71 @@ class HTTPTransfer {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
   };
 
-  void setUp();
+  void setUp(void* owner);
   void setUpRequest();
   void setUpTrust();
   void addHeader(const std::string& line);
+  void setUpCallbacks();
   /// Ends the exchange from within a callback, with an error of our own.
   void fail(Error error) { failure_ = std::move(error); }
+  /// `bytes` have moved, either way.
+  void note(std::uint64_t bytes);
+  void measureAnew();
+  TimePoint silentAt() const { return lastByte_ + limits_.idleTimeout; }
+  TimePoint slowAt() const {
+    return limits_.slowBytesPerSecond == 0 ? TimePoint::max() : measuredSince_ + limits_.slowFor;
+  }
+  Error timedOut() const;
   std::string url() const;
+  std::optional<Data> takeBody(CURLcode code, std::optional<Error>& error);
+  std::string contentType() const;
+  template <class Value>
+  Value information(CURLINFO what) const {
+    Value value{};
+    curl_easy_getinfo(handle_.get(), what, &value);
+    return value;
+  }
 
-  // Called by libcurl; false ends the exchange.
+  // Called by libcurl; false ends the exchange, and so does an exception.
   bool onConnected();
   bool onHeader(std::string_view line);
   bool onBody(std::string_view bytes);
   bool onProgress(curl_off_t downloaded, curl_off_t uploaded);
 
-  template <class Value>
-  void set(CURLoption option, Value value) {
-    curl_easy_setopt(handle_.get(), option, value);
+  /// What `callback` says; false when it throws. Nothing may be thrown through libcurl.
+  template <class Callback>
+  static bool guarded(void* self, const Callback& callback) noexcept {
+    auto& transfer = *static_cast<HTTPTransfer*>(self);
+    try {
+      return callback(transfer);
+    } catch (...) {
+      transfer.isOutOfMemory_ = true;
+      return false;
+    }
   }
 
-  const HTTPRequest request_;
+  template <class Value>
+  void set(CURLoption option, Value value) {
+    const CURLcode code = curl_easy_setopt(handle_.get(), option, value);
+    if (failedSetUp_ == CURLE_OK) failedSetUp_ = code;
+  }
+
+  const HTTPRequest& request_;
   const HTTPSession::Configuration& configuration_;
   const HTTPLimits limits_;  // the session's, and what the request asks for
   HTTPBody body_;
   std::optional<Error> failure_;
-  TimePoint lastByte_ = std::chrono::steady_clock::now();
-  curl_off_t moved_ = 0;
-  long timesSent_ = 0;
+  bool isOutOfMemory_ = false;
+  CURLcode failedSetUp_ = CURLE_OK;
+  const TimePoint began_ = std::chrono::steady_clock::now();
+  TimePoint lastByte_ = began_;
+  TimePoint measuredSince_ = began_;
+  std::uint64_t measured_ = 0;  // bytes since then
+  curl_off_t moved_ = 0;        // of bodies, either way
+  /// What had been sent when a connection was last ready for a request: how many redirects that one follows,
+  /// and how many bytes had left by then.
+  long redirects_ = -1;
+  long left_ = 0;
   std::size_t headerBytes_ = 0;
   bool headersEnded_ = true;  // the next line begins an answer, or is none of a head
   bool isInterim_ = false;    // the header lines at hand are those of a 1xx answer

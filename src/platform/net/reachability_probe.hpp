@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -31,6 +32,12 @@ class VANTORIUM_HOST_API ReachabilityProbe {
   virtual bool reachableOnWWAN() const { return true; }
   /// False in a simulator, where cellular links do not exist.
   virtual bool isRunningOnDevice() const { return true; }
+
+  /// From now on `handler` is called on the host's main queue whenever the flags may have changed, seldom
+  /// more than once for each change; it takes the place of the one before. The probe's end is its end: a
+  /// probe that goes on the main thread calls no more. Not to be called by two threads at once. A platform
+  /// that does not tell keeps this: nothing is ever called.
+  virtual void setChangeHandler(std::function<void()> /*handler*/) {}
 };
 
 }  // namespace vantorium

@@ -3,11 +3,11 @@
 #include <fmt/format.h>
 
 #include <cassert>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <stdexcept>
 
+#include "platform/foundation/console.hpp"
 #include "platform/ui/controls.hpp"
 
 namespace vantorium::ui {
@@ -143,7 +143,7 @@ std::shared_ptr<View> loadInterface(const std::string& name, const InterfaceConn
     loader.checkComplete();
     return view;
   } catch (const std::exception& problem) {
-    fmt::print(stderr, "The interface file {}.json is broken: {}\n", name, problem.what());
+    printToConsole(fmt::format("The interface file {}.json is broken: {}", name, problem.what()));
     assert(false && "broken interface file");
     return std::make_shared<View>();
   }

@@ -17,12 +17,15 @@ size_t wanted(const Call& call) {
 void handOut(const Service& service, const Call& call, const std::string& placement,
              nlohmann::json::array_t& ads) {
   if (ads.size() > wanted(call)) ads.resize(wanted(call));
-  for (auto& ad : ads) {
-    if (!ad.contains("impressionId")) {
-      ad["impressionId"] = service.ledger.newImpression(placement);
-    } else if (ad["impressionId"].is_string()) {
-      service.ledger.addImpression(ad["impressionId"].get<std::string>(), placement);
-    }
+  for (auto& ad : ads) handOut(service, placement, ad);
+}
+
+void handOut(const Service& service, const std::string& placement, nlohmann::json& ad) {
+  service.variety.vary(ad);
+  if (!ad.contains("impressionId")) {
+    ad["impressionId"] = service.ledger.newImpression(placement);
+  } else if (ad["impressionId"].is_string()) {
+    service.ledger.addImpression(ad["impressionId"].get<std::string>(), placement);
   }
 }
 

@@ -10,6 +10,7 @@
 #include "sandbox/service/catalogue.hpp"
 #include "sandbox/service/journal.hpp"
 #include "sandbox/service/ledger.hpp"
+#include "sandbox/service/variety.hpp"
 
 namespace vantorium::sandbox {
 
@@ -18,6 +19,7 @@ struct Service {
   Catalogue& catalogue;
   Ledger& ledger;
   Journal& journal;
+  Variety& variety;
 };
 
 /// How a request must look, headers that must be absent included.

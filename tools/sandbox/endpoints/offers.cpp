@@ -1,4 +1,5 @@
 // GET /api/offers/PLACEMENT and GET /api/rewardedPopup
+#include "sandbox/endpoints/ad_list.hpp"
 #include "sandbox/endpoints/rules.hpp"
 
 namespace vantorium::sandbox {
@@ -7,7 +8,7 @@ namespace {
 Answer offer(const Service& service, const Call& call) {
   auto offered = service.catalogue.offer(call.tail);
   if (!offered) return failure("No offers available.");
-  (*offered)["impressionId"] = service.ledger.newImpression(call.tail);
+  handOut(service, call.tail, *offered);
   return success(*offered);
 }
 

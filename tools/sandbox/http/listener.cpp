@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
@@ -12,6 +13,7 @@
 #include <stdexcept>
 #include <thread>
 #include <unordered_set>
+#include <utility>
 
 namespace vantorium::sandbox {
 namespace {
@@ -34,6 +36,16 @@ void blockSIGPIPE() {
   sigemptyset(&pipe);
   sigaddset(&pipe, SIGPIPE);
   pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
+}
+
+/// A socket that keeps an address for us without listening there; -1 when another has it.
+int boundSocket(const sockaddr* address, socklen_t length) {
+  const int made = ::socket(address->sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int on = 1;
+  ::setsockopt(made, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+  if (::bind(made, address, length) == 0) return made;
+  ::close(made);
+  return -1;
 }
 
 /// httplib's task queue with one thread for each connection. Used by the accepting thread only.
@@ -107,14 +119,34 @@ class Listener::Engine final : public httplib::Server {
   }
 
   void stopServing() {
+    hangUp();
+    if (reserve_ >= 0) ::close(std::exchange(reserve_, -1));
+  }
+
+  /// Ends every connection and refuses others.
+  void hangUp() {
     {
       const std::lock_guard lock(mutex_);
       stopping_ = true;
       for (const int socket : sockets_) ::shutdown(socket, SHUT_RDWR);
     }
     if (!acceptor_.joinable()) return;
+    sockaddr_storage address{};
+    socklen_t length = sizeof address;
+    ::getsockname(svr_sock_, reinterpret_cast<sockaddr*>(&address), &length);
     ::shutdown(svr_sock_, SHUT_RDWR);  // the accepting thread then closes it and joins the others
+    reserve_ = boundSocket(reinterpret_cast<const sockaddr*>(&address), length);
     acceptor_.join();
+  }
+
+  void pickUp() {
+    {
+      const std::lock_guard lock(mutex_);
+      stopping_ = false;
+    }
+    svr_sock_ = std::exchange(reserve_, -1);
+    ::listen(svr_sock_, SOMAXCONN);
+    acceptor_ = std::thread([this] { listen_after_bind(); });
   }
 
  private:
@@ -179,6 +211,7 @@ class Listener::Engine final : public httplib::Server {
   Listener::Handler handler_;
   SSL_CTX* tls_ = nullptr;
   std::thread acceptor_;
+  int reserve_ = -1;
   std::mutex mutex_;  // guards the two below
   bool stopping_ = false;
   std::unordered_set<int> sockets_;
@@ -195,5 +228,7 @@ int Listener::start(const std::string& host, int port, const Identity* identity)
 }
 
 void Listener::stop() { engine_->stopServing(); }
+void Listener::hangUp() { engine_->hangUp(); }
+void Listener::pickUp() { engine_->pickUp(); }
 
 }  // namespace vantorium::sandbox

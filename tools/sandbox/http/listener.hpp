@@ -25,6 +25,9 @@ class Listener {
   int start(const std::string& host, int port, const Identity* identity);
   /// Shuts every socket down and joins every thread. Idempotent.
   void stop();
+  /// Shuts every socket down and refuses connections until `pickUp`, which follows each call of this.
+  void hangUp();
+  void pickUp();
 
  private:
   class Engine;

@@ -209,6 +209,15 @@ Plan notFound(const Strike&) {
                            .body = {"<!doctype html><title>404</title><h1>Not Found</h1>\n"}}};
 }
 
+Plan status(const Strike& strike) {
+  const auto code = static_cast<int>(std::clamp<size_t>(strike.count("status"), 200, 599));
+  if (code == 204) return {.answer = Answer{.status = code, .contentType = "text/plain"}};
+  return {.answer =
+              Answer{.status = code,
+                     .contentType = "text/html",
+                     .body = {fmt::format("<!doctype html><title>{0}</title><h1>Status {0}</h1>\n", code)}}};
+}
+
 struct Kind {
   const char* name;
   const char* summary;
@@ -261,6 +270,7 @@ const std::vector<Kind>& kinds() {
        &hugeHeaders},
       {"deepJSON", "a success envelope whose \"data\" is nested so deep", {{"depth", 100'000}}, &deepJSON},
       {"notFound", "a 404 web page", json::object(), &notFound},
+      {"status", "a web page under any HTTP status; none under 204", {{"status", 503}}, &status},
       {"serverCloses", "closes before a single byte", json::object(), &serverCloses},
   };
   return all;

@@ -1,0 +1,34 @@
+#include "cache/creative.hpp"
+
+#include <filesystem>
+#include <system_error>
+#include <tuple>
+
+namespace vantorium {
+
+namespace {
+
+bool isFile(const std::string& path) {
+  std::error_code ignored;
+  return std::filesystem::is_regular_file(std::filesystem::symlink_status(path, ignored));
+}
+
+/// All that says what the page is and where its parts lie.
+auto pageOf(const Campaign& campaign) {
+  return std::tie(campaign.type, campaign.endURL, campaign.endAssets, campaign.customImage, campaign.baseURL,
+                  campaign.zippedURL, campaign.tag);
+}
+
+}  // namespace
+
+bool Creative::isOnDisk() const { return (!film || isFile(film->path())) && (!page || isFile(*page)); }
+
+bool Creative::hasFilmOf(const Campaign& campaign) const {
+  return film && !campaign.hash.empty() && campaign.hash == record->hash;
+}
+
+bool Creative::hasPageOf(const Campaign& campaign) const {
+  return !campaign.hash.empty() && campaign.hash == record->hash && pageOf(campaign) == pageOf(*record);
+}
+
+}  // namespace vantorium

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <vector>
+
+#include <vantorium/error.hpp>
+
+#include "cache/creative.hpp"
+#include "platform/foundation/thread_annotations.hpp"
+
+namespace vantorium {
+
+/// Which creatives there are, so that a campaign can share the files of an earlier one.
+///
+/// It knows every creative that was added, weakly: those live as long as the campaigns and screens that own
+/// them. Those of campaigns that have been shown are kept beyond that, within a budget; whoever was not used
+/// for the longest time goes first. Any thread.
+class CreativeShelf {
+ public:
+  /// `budget`: the bytes on disk of what is kept.
+  explicit CreativeShelf(std::uint64_t budget) : budget_(budget) {}
+
+  /// Makes it known for sharing.
+  void add(const std::shared_ptr<const Creative>& creative) EXCLUDES(mutex_);
+  /// The creatives with this campaign's film or page, those that have both first. Their files are there.
+  std::vector<std::shared_ptr<const Creative>> find(const Campaign& campaign) EXCLUDES(mutex_);
+  /// Its campaign has been shown: it is kept for the next one, unless it has no hash to be found by.
+  void keep(const std::shared_ptr<const Creative>& creative) EXCLUDES(mutex_);
+  /// Neither it nor its film is shared again. Its files stay for whoever owns them.
+  void forget(const std::shared_ptr<const Creative>& creative) EXCLUDES(mutex_);
+  void clear() EXCLUDES(mutex_);
+
+  /// Whether `failure` says that the disk is full and something could be given up: then what failed is worth
+  /// one more try. The kept creative that was not used for the longest time, and that nobody else owns, is
+  /// removed inside this call.
+  bool makeRoom(const Error& failure) EXCLUDES(mutex_);
+
+ private:
+  using Kept = std::list<std::shared_ptr<const Creative>>;
+
+  Kept takeBeyondBudget() REQUIRES(mutex_);
+
+  const std::uint64_t budget_;
+  Mutex mutex_;
+  std::vector<std::weak_ptr<const Creative>> known_ GUARDED_BY(mutex_);
+  Kept kept_ GUARDED_BY(mutex_);  ///< last used first
+  std::uint64_t keptBytes_ GUARDED_BY(mutex_) = 0;
+};
+
+}  // namespace vantorium

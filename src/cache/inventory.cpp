@@ -1,0 +1,127 @@
+#include "cache/inventory.hpp"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace vantorium {
+
+namespace {
+
+/// More of them would not fit into a request.
+constexpr std::size_t mostShownIDs = 100;
+/// No service names its campaigns by a longer text; one that did would fill the memory.
+constexpr std::size_t longestID = 1024;
+
+}  // namespace
+
+bool Inventory::isStale(const ReadyCampaign& campaign, Date now) const {
+  return now - campaign.precachedAt > lifetime_;
+}
+
+void Inventory::add(ReadyCampaign campaign, const std::string& forKey) {
+  Campaigns dropped;  // they go, with their files, when no lock is held
+  const MutexLock lock(mutex_);
+  auto& campaigns = placements_[forKey].campaigns;
+  const auto stale = std::stable_partition(campaigns.begin(), campaigns.end(), [&](const auto& each) {
+    return !isStale(each, campaign.precachedAt);
+  });
+  std::move(stale, campaigns.end(), std::back_inserter(dropped));
+  campaigns.erase(stale, campaigns.end());
+  campaigns.push_back(std::move(campaign));
+}
+
+Inventory::Campaigns Inventory::campaignsOf(const std::string& key) const {
+  const MutexLock lock(mutex_);
+  const auto found = placements_.find(key);
+  return found == placements_.end() ? Campaigns() : found->second.campaigns;
+}
+
+std::optional<ReadyCampaign> Inventory::firstOf(const std::string& key) const {
+  const MutexLock lock(mutex_);
+  const auto found = placements_.find(key);
+  if (found == placements_.end() || found->second.campaigns.empty()) return std::nullopt;
+  return found->second.campaigns.front();
+}
+
+bool Inventory::remove(const ReadyCampaign& campaign, const std::string& key) {
+  const MutexLock lock(mutex_);
+  auto& campaigns = placements_[key].campaigns;
+  return std::erase_if(campaigns, [&](const auto& one) { return one.campaign == campaign.campaign; }) > 0;
+}
+
+// The disk is looked at when no lock is held.
+Inventory::Campaigns Inventory::presentCampaigns(const std::string& key) {
+  Campaigns present;
+  for (auto& each : campaignsOf(key)) {
+    if (each.creative->isOnDisk()) {
+      present.push_back(std::move(each));
+    } else {
+      remove(each, key);
+    }
+  }
+  return present;
+}
+
+bool Inventory::hasCampaigns(const std::string& forKey) const { return firstOf(forKey).has_value(); }
+
+std::size_t Inventory::getNumberOfCampaigns(const std::string& forKey) {
+  return presentCampaigns(forKey).size();
+}
+
+std::size_t Inventory::getNumberOfFreshCampaigns(const std::string& forKey, Date now) {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(presentCampaigns(forKey), [&](const auto& each) { return !isStale(each, now); }));
+}
+
+std::optional<ReadyCampaign> Inventory::getNextCampaign(const std::string& forKey) {
+  auto next = firstOf(forKey);
+  while (next && !next->creative->isOnDisk()) {
+    remove(*next, forKey);
+    next = firstOf(forKey);
+  }
+  return next;
+}
+
+std::optional<ReadyCampaign> Inventory::takeNextCampaign(const std::string& forKey) {
+  auto next = getNextCampaign(forKey);
+  while (next && !remove(*next, forKey)) next = getNextCampaign(forKey);  // somebody else has just taken it
+  if (!next || next->campaign->campaignID.size() > longestID) return next;
+  const MutexLock lock(mutex_);
+  auto& shown = placements_[forKey].shownIDs;
+  std::erase(shown, next->campaign->campaignID);
+  shown.push_front(next->campaign->campaignID);
+  if (shown.size() > mostShownIDs) shown.pop_back();
+  return next;
+}
+
+std::vector<std::string> Inventory::campaignIDs(const std::string& forKey) const {
+  std::vector<std::string> ids;
+  const auto add = [&ids](const std::string& id) {
+    if (std::ranges::find(ids, id) == ids.end()) ids.push_back(id);
+  };
+  const MutexLock lock(mutex_);
+  const auto found = placements_.find(forKey);
+  if (found == placements_.end()) return ids;
+  for (const auto& each : found->second.campaigns) add(each.campaign->campaignID);
+  for (const auto& id : found->second.shownIDs) add(id);
+  return ids;
+}
+
+void Inventory::clear() {
+  std::map<std::string, Placement> dropped;
+  const MutexLock lock(mutex_);
+  dropped.swap(placements_);
+}
+
+std::optional<std::string> Inventory::rewardablePopup() const {
+  const MutexLock lock(mutex_);
+  return rewardablePopup_;
+}
+
+void Inventory::setRewardablePopup(std::optional<std::string> html) {
+  const MutexLock lock(mutex_);
+  rewardablePopup_ = std::move(html);
+}
+
+}  // namespace vantorium

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "cache/folder_lock.hpp"
+
+namespace vantorium {
+
+/// A folder that one process owns as long as it lives. Of several processes that ask for the same one the
+/// first gets it, the others get one beside it with a name of its own. The lock on a folder is a file beside
+/// it,
+/// "<folder>.lock". Any thread.
+class OwnedFolder {
+ public:
+  /// Takes `parent`/`name`, or a folder beside it. Never waits for anything but the disk. Where no lock can
+  /// be made the folder is one beside, too: writing there fails and says why.
+  OwnedFolder(const std::filesystem::path& parent, const std::string& name);
+
+  /// It need not exist.
+  const std::filesystem::path& path() const { return path_; }
+  /// Leaves nothing under the folder's name. What was there is moved aside; `collect` removes it.
+  void empty() const;
+  /// Removes what was moved aside of any folder `parent`/`name` or beside it, and those whose owners are
+  /// dead, but for one. Takes its time.
+  static void collect(const std::filesystem::path& parent, const std::string& name,
+                      const std::filesystem::path& exceptFor);
+
+ private:
+  std::filesystem::path path_;
+  std::optional<FolderLock> lock_;
+};
+
+}  // namespace vantorium
