@@ -114,7 +114,7 @@ class Listener::Engine final : public httplib::Server {
       throw std::runtime_error(fmt::format("cannot listen on {}:{}: {}", host, port, std::strerror(errno)));
     }
     ::listen(svr_sock_, SOMAXCONN);  // httplib's own queue of five drops connections of a batch of fifty
-    acceptor_ = std::thread([this] { listen_after_bind(); });
+    accept();
     return bound;
   }
 
@@ -125,31 +125,36 @@ class Listener::Engine final : public httplib::Server {
 
   /// Ends every connection and refuses others.
   void hangUp() {
+    std::thread acceptor;
     {
       const std::lock_guard lock(mutex_);
       stopping_ = true;
       for (const int socket : sockets_) ::shutdown(socket, SHUT_RDWR);
+      acceptor = std::move(acceptor_);
     }
-    if (!acceptor_.joinable()) return;
+    if (!acceptor.joinable()) return;
     sockaddr_storage address{};
     socklen_t length = sizeof address;
     ::getsockname(svr_sock_, reinterpret_cast<sockaddr*>(&address), &length);
     ::shutdown(svr_sock_, SHUT_RDWR);  // the accepting thread then closes it and joins the others
     reserve_ = boundSocket(reinterpret_cast<const sockaddr*>(&address), length);
-    acceptor_.join();
+    acceptor.join();
   }
 
   void pickUp() {
-    {
-      const std::lock_guard lock(mutex_);
-      stopping_ = false;
-    }
     svr_sock_ = std::exchange(reserve_, -1);
     ::listen(svr_sock_, SOMAXCONN);
-    acceptor_ = std::thread([this] { listen_after_bind(); });
+    accept();
   }
 
  private:
+  /// The lock lasts until the thread has its place: the first request may ask for an outage, which looks there.
+  void accept() {
+    const std::lock_guard lock(mutex_);
+    stopping_ = false;
+    acceptor_ = std::thread([this] { listen_after_bind(); });
+  }
+
   bool process_and_close_socket(socket_t socket) override {
     Connection connection(socket, tls_);
     if (!enter(socket)) return false;
@@ -210,9 +215,9 @@ class Listener::Engine final : public httplib::Server {
 
   Listener::Handler handler_;
   SSL_CTX* tls_ = nullptr;
-  std::thread acceptor_;
   int reserve_ = -1;
-  std::mutex mutex_;  // guards the two below
+  std::mutex mutex_;  // guards everything below
+  std::thread acceptor_;
   bool stopping_ = false;
   std::unordered_set<int> sockets_;
 };
