@@ -1,10 +1,13 @@
 #include "cache/owned_folder.hpp"
 
+#include <exception>
 #include <set>
 #include <system_error>
+#include <utility>
 
 #include "platform/foundation/files.hpp"
 #include "platform/foundation/url.hpp"
+#include "platform/foundation/worker_pool.hpp"
 
 namespace vantorium {
 
@@ -19,11 +22,6 @@ constexpr const char* asideMark = ".old-";
 fs::path lockOf(const fs::path& folder) {
   fs::path lock = folder;
   return lock += lockExtension;
-}
-
-void removeAll(const fs::path& path) {
-  std::error_code ignored;
-  fs::remove_all(path, ignored);
 }
 
 /// The names in `parent` that begin like the folder's, each without ".lock".
@@ -43,10 +41,28 @@ std::set<std::string> familyOf(const fs::path& parent, const std::string& name) 
 
 OwnedFolder::OwnedFolder(const fs::path& parent, const std::string& name) : path_(parent / name) {
   createDirectoryIfNeeded(parent);
-  lock_ = FolderLock::take(lockOf(path_));
-  if (lock_) return;
+  if (take()) return;
+  isBeside_ = true;
   path_ += "." + makeUUID();
-  lock_ = FolderLock::take(lockOf(path_));
+  take();
+}
+
+bool OwnedFolder::take() {
+  auto lock = FolderLock::take(lockOf(path_));
+  if (lock) lock_ = std::make_shared<FolderLock>(std::move(*lock));
+  return lock.has_value();
+}
+
+OwnedFolder::~OwnedFolder() {
+  if (!isBeside_) return;
+  try {
+    workers::async([path = path_, lock = lock_] {
+      removeAll(path);
+      removeAll(lockOf(path));
+    });
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
+    // Out of memory. Whoever starts next finds the folder without an owner, and removes it.
+  }
 }
 
 void OwnedFolder::empty() const {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
+#include <memory>
 #include <string>
 
 #include "cache/folder_lock.hpp"
@@ -9,14 +9,17 @@
 namespace vantorium {
 
 /// A folder that one process owns as long as it lives. Of several processes that ask for the same one the
-/// first gets it, the others get one beside it with a name of its own. The lock on a folder is a file beside
-/// it,
-/// "<folder>.lock". Any thread.
+/// first gets it, the others get one beside it with a name of its own, which goes with them. The lock on a
+/// folder is a file beside it, "<folder>.lock". Any thread.
 class OwnedFolder {
  public:
   /// Takes `parent`/`name`, or a folder beside it. Never waits for anything but the disk. Where no lock can
   /// be made the folder is one beside, too: writing there fails and says why.
   OwnedFolder(const std::filesystem::path& parent, const std::string& name);
+  /// Has a folder beside removed, on a worker. One that has its own name stays for the next owner to empty.
+  ~OwnedFolder();
+  OwnedFolder(const OwnedFolder&) = delete;
+  OwnedFolder& operator=(const OwnedFolder&) = delete;
 
   /// It need not exist.
   const std::filesystem::path& path() const { return path_; }
@@ -28,8 +31,11 @@ class OwnedFolder {
                       const std::filesystem::path& exceptFor);
 
  private:
+  bool take();
+
   std::filesystem::path path_;
-  std::optional<FolderLock> lock_;
+  std::shared_ptr<FolderLock> lock_;
+  bool isBeside_ = false;
 };
 
 }  // namespace vantorium

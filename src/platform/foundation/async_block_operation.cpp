@@ -1,6 +1,7 @@
 #include "platform/foundation/async_block_operation.hpp"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "platform/foundation/worker_pool.hpp"
@@ -10,7 +11,12 @@ namespace vantorium {
 AsyncBlockOperation::AsyncBlockOperation(std::shared_ptr<BlockOperationQueue> queue, Block block)
     : operationQueue_(std::move(queue)), block_(std::move(block)) {}
 
-AsyncBlockOperation::~AsyncBlockOperation() { leave(); }
+AsyncBlockOperation::~AsyncBlockOperation() {
+  try {
+    leave();
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the queue's completion block threw, with nobody left to tell
+  }
+}
 
 void AsyncBlockOperation::start() {
   Block block;
@@ -51,14 +57,17 @@ bool AsyncBlockOperation::isFinished() const {
 }
 
 void BlockOperationQueue::setMaxConcurrentOperationCount(int count) {
-  const MutexLock lock(mutex_);
-  maxConcurrentOperationCount_ = count;
+  {
+    const MutexLock lock(mutex_);
+    maxConcurrentOperationCount_ = count;
+  }
   startWaiting();
 }
 
 void BlockOperationQueue::setCompletionBlock(std::function<void()> completionBlock) {
+  auto shared = std::make_shared<const std::function<void()>>(std::move(completionBlock));
   const MutexLock lock(mutex_);
-  completionBlock_.swap(completionBlock);  // what the old one captured goes without the lock held
+  completionBlock_.swap(shared);  // what the old one captured goes without the lock held
 }
 
 void BlockOperationQueue::addOperation(std::shared_ptr<AsyncBlockOperation> operation) {
@@ -66,47 +75,62 @@ void BlockOperationQueue::addOperation(std::shared_ptr<AsyncBlockOperation> oper
 }
 
 void BlockOperationQueue::addOperations(const std::vector<std::shared_ptr<AsyncBlockOperation>>& operations) {
-  const MutexLock lock(mutex_);
-  waiting_.insert(waiting_.end(), operations.begin(), operations.end());
+  Entries added;
+  for (const auto& each : operations) added.push_back({each.get(), each, each});
+  {
+    const MutexLock lock(mutex_);
+    waiting_.splice(waiting_.end(), added);
+  }
   startWaiting();
 }
 
 std::vector<std::shared_ptr<AsyncBlockOperation>> BlockOperationQueue::operations() const {
   const MutexLock lock(mutex_);
   std::vector<std::shared_ptr<AsyncBlockOperation>> all;
-  for (const Executing& each : executing_) {
-    if (auto operation = each.operation.lock()) all.push_back(std::move(operation));
+  for (const Entries* entries : {&executing_, &waiting_}) {
+    for (const Entry& each : *entries) {
+      if (auto operation = each.operation.lock()) all.push_back(std::move(operation));
+    }
   }
-  all.insert(all.end(), waiting_.begin(), waiting_.end());
   return all;
 }
 
 void BlockOperationQueue::operationFinished(const AsyncBlockOperation& operation) {
-  std::function<void()> completionBlock;
+  std::shared_ptr<const std::function<void()>> completionBlock;
+  Entries left;  // goes without the lock held
   {
     // Leaving the list and looking whether it is empty are one step: only the last one to leave sees it
     // empty.
     const MutexLock lock(mutex_);
-    const auto left = std::erase_if(executing_, [&](const Executing& one) { return one.key == &operation; }) +
-                      std::erase_if(waiting_, [&](const auto& one) { return one.get() == &operation; });
-    if (left == 0) return;  // it was never added
+    for (Entries* entries : {&executing_, &waiting_}) {
+      const auto entry = std::find_if(entries->begin(), entries->end(),
+                                      [&](const Entry& one) { return one.key == &operation; });
+      if (entry != entries->end()) left.splice(left.end(), *entries, entry);
+    }
+    if (left.empty()) return;  // it was never added
     if (executing_.empty() && waiting_.empty()) completionBlock = completionBlock_;
-    startWaiting();
   }
-  if (completionBlock) completionBlock();
+  startWaiting();
+  if (completionBlock && *completionBlock) (*completionBlock)();
 }
 
-void BlockOperationQueue::startWaiting() {
-  const auto hasSlot = [this]() REQUIRES(mutex_) {
-    return maxConcurrentOperationCount_ < 0 ||
-           executing_.size() < static_cast<std::size_t>(maxConcurrentOperationCount_);
-  };
-  while (!waiting_.empty() && hasSlot()) {
-    auto operation = std::move(waiting_.front());
-    waiting_.pop_front();
-    executing_.push_back({operation.get(), operation});
-    workers::async([operation = std::move(operation)] { operation->start(); });
+void BlockOperationQueue::startWaiting() noexcept {
+  while (auto operation = takeNext()) {
+    try {
+      workers::async([operation] { operation->start(); });
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
+      // Without memory to start it, letting go of it is what finishes it.
+    }
   }
+}
+
+std::shared_ptr<AsyncBlockOperation> BlockOperationQueue::takeNext() {
+  const MutexLock lock(mutex_);
+  const bool hasSlot = maxConcurrentOperationCount_ < 0 ||
+                       executing_.size() < static_cast<std::size_t>(maxConcurrentOperationCount_);
+  if (waiting_.empty() || !hasSlot) return nullptr;
+  executing_.splice(executing_.end(), waiting_, waiting_.begin());
+  return std::exchange(executing_.back().waiting, nullptr);
 }
 
 }  // namespace vantorium

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <vector>
 
@@ -69,7 +69,9 @@ class BlockOperationQueue : public std::enable_shared_from_this<BlockOperationQu
 
   void addOperation(std::shared_ptr<AsyncBlockOperation> operation);
   /// Adds a whole batch before any of it can finish, so that the completion block runs once, for all of it.
-  /// (Added one by one, the first may finish and complete the queue before the second is there.)
+  /// (Added one by one, the first may finish and complete the queue before the second is there.) Throws
+  /// std::bad_alloc, and has then added nothing. An operation that no memory is left to start finishes
+  /// without having run.
   void addOperations(const std::vector<std::shared_ptr<AsyncBlockOperation>>& operations);
 
   /// Those that have not finished, in the order they were added.
@@ -77,20 +79,26 @@ class BlockOperationQueue : public std::enable_shared_from_this<BlockOperationQu
 
  private:
   friend class AsyncBlockOperation;
-  struct Executing {
+  struct Entry {
     const AsyncBlockOperation* key;
     std::weak_ptr<AsyncBlockOperation> operation;
+    std::shared_ptr<AsyncBlockOperation> waiting;  ///< null once it has been started
   };
+  /// Entries move from list to list without taking memory.
+  using Entries = std::list<Entry>;
 
-  void operationFinished(const AsyncBlockOperation& operation);
-  /// Moves to `executing_` what has a free slot, and has it started on the workers.
-  void startWaiting() REQUIRES(mutex_);
+  void operationFinished(const AsyncBlockOperation& operation) EXCLUDES(mutex_);
+  /// Starts on the workers what has a free slot. Without the lock: an operation that cannot be started
+  /// finishes at once, and asks for it.
+  void startWaiting() noexcept EXCLUDES(mutex_);
+  /// Null when nothing waits, or no slot is free.
+  std::shared_ptr<AsyncBlockOperation> takeNext() EXCLUDES(mutex_);
 
   mutable Mutex mutex_;
   int maxConcurrentOperationCount_ GUARDED_BY(mutex_) = unlimited;
-  std::function<void()> completionBlock_ GUARDED_BY(mutex_);
-  std::vector<Executing> executing_ GUARDED_BY(mutex_);
-  std::deque<std::shared_ptr<AsyncBlockOperation>> waiting_ GUARDED_BY(mutex_);
+  std::shared_ptr<const std::function<void()>> completionBlock_ GUARDED_BY(mutex_);
+  Entries executing_ GUARDED_BY(mutex_);
+  Entries waiting_ GUARDED_BY(mutex_);
 };
 
 }  // namespace vantorium

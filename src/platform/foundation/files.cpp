@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <exception>
 #include <system_error>
 
 #include "platform/foundation/file_descriptor.hpp"
@@ -52,6 +53,19 @@ std::optional<std::string> readTextFile(const fs::path& path, std::optional<Erro
   error = Error::platform("posix", EILSEQ,
                           fmt::format("Could not read {}: it is not UTF-8 text.", path.string()));
   return std::nullopt;
+}
+
+void removeAll(const fs::path& path) noexcept {
+  // Stopped by what another remover took away first, or by a disk's moment of weakness, it goes on.
+  constexpr int attempts = 5;
+  for (int attempt = 0; attempt < attempts; ++attempt) {
+    try {
+      std::error_code error;
+      fs::remove_all(path, error);
+      if (!error) return;
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): out of memory; perhaps not for long
+    }
+  }
 }
 
 bool isUTF8(std::string_view text) {

@@ -26,6 +26,10 @@ VANTORIUM_HOST_API std::optional<std::string> readFile(const std::filesystem::pa
 VANTORIUM_HOST_API std::optional<std::string> readTextFile(const std::filesystem::path& path,
                                                            std::optional<Error>& error);
 
+/// Removes what is there, folders with all they hold. Others may do the same meanwhile. Nothing is told of what
+/// cannot be removed.
+void removeAll(const std::filesystem::path& path) noexcept;
+
 /// Whether the bytes are valid UTF-8.
 bool isUTF8(std::string_view text);
 
