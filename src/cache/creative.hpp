@@ -27,7 +27,8 @@ struct Creative {
   std::shared_ptr<const StoredPath> film;    ///< null for none
   std::shared_ptr<const StoredPath> folder;  ///< all that the page may read; null when there is no page
   std::optional<std::string> page;           ///< the page that opens, a path inside the folder
-  std::uint64_t bytes = 0;                   ///< on disk, all files together
+  std::uint64_t filmBytes = 0;               ///< on disk
+  std::uint64_t folderBytes = 0;             ///< on disk, all its files together
   std::vector<Answer> answers;               ///< one for each file that was fetched for it, in order
 
   /// Whether film and page are still there: others may empty the cache at any time. Two looks at the disk.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <set>
 
 namespace vantorium {
 
@@ -45,7 +46,7 @@ std::vector<std::shared_ptr<const Creative>> CreativeShelf::find(const Campaign&
 }
 
 void CreativeShelf::keep(const std::shared_ptr<const Creative>& creative) {
-  if (creative->record->hash.empty() || creative->bytes > budget_) return;
+  if (creative->record->hash.empty() || creative->filmBytes + creative->folderBytes > budget_) return;
   Kept dropped;  // goes, with its files, when no lock is held
   const MutexLock lock(mutex_);
   const auto there = std::ranges::find(kept_, creative);
@@ -54,16 +55,22 @@ void CreativeShelf::keep(const std::shared_ptr<const Creative>& creative) {
     return;
   }
   kept_.push_front(creative);
-  keptBytes_ += creative->bytes;
   dropped = takeBeyondBudget();
+}
+
+std::uint64_t CreativeShelf::bytesOfKept() const {
+  std::set<const StoredPath*> films;
+  std::uint64_t bytes = 0;
+  for (const auto& each : kept_) {
+    bytes += each->folderBytes;
+    if (films.insert(each->film.get()).second) bytes += each->filmBytes;
+  }
+  return bytes;
 }
 
 CreativeShelf::Kept CreativeShelf::takeBeyondBudget() {
   Kept taken;
-  while (keptBytes_ > budget_) {
-    keptBytes_ -= kept_.back()->bytes;
-    taken.splice(taken.begin(), kept_, std::prev(kept_.end()));
-  }
+  while (bytesOfKept() > budget_) taken.splice(taken.begin(), kept_, std::prev(kept_.end()));
   return taken;
 }
 
@@ -74,7 +81,7 @@ void CreativeShelf::forget(const std::shared_ptr<const Creative>& creative) {
     held.push_back(each.lock());
     return !held.back() || held.back() == creative || (creative->film && held.back()->film == creative->film);
   });
-  if (kept_.remove(creative) > 0) keptBytes_ -= creative->bytes;
+  kept_.remove(creative);
 }
 
 void CreativeShelf::clear() {
@@ -82,7 +89,6 @@ void CreativeShelf::clear() {
   const MutexLock lock(mutex_);
   known_.clear();
   dropped.swap(kept_);
-  keptBytes_ = 0;
 }
 
 bool CreativeShelf::makeRoom(const Error& failure) {
@@ -95,7 +101,6 @@ bool CreativeShelf::makeRoom(const Error& failure) {
     }
     if (!given) return false;
     kept_.remove(given);
-    keptBytes_ -= given->bytes;
   }
   removeNow(*given);
   return true;

@@ -40,13 +40,14 @@ class CreativeShelf {
  private:
   using Kept = std::list<std::shared_ptr<const Creative>>;
 
+  /// On disk; a film that several share counts once.
+  std::uint64_t bytesOfKept() const REQUIRES(mutex_);
   Kept takeBeyondBudget() REQUIRES(mutex_);
 
   const std::uint64_t budget_;
   Mutex mutex_;
   std::vector<std::weak_ptr<const Creative>> known_ GUARDED_BY(mutex_);
   Kept kept_ GUARDED_BY(mutex_);  ///< last used first
-  std::uint64_t keptBytes_ GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace vantorium

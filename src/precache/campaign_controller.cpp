@@ -163,10 +163,11 @@ std::shared_ptr<const Creative> CampaignController::makeCreative() const {
   creative->film = plan_.film;
   creative->folder = plan_.folder;
   creative->page = plan_.page;
-  creative->bytes = unpackedBytes_ + (plan_.film ? sizeOf(plan_.film->path()) : 0);
+  creative->filmBytes = plan_.film ? sizeOf(plan_.film->path()) : 0;
+  creative->folderBytes = unpackedBytes_;
   for (const auto& file : files_) {
-    if (file->destinationPath != (plan_.film ? plan_.film->path() : ""))
-      creative->bytes += file->answer.bytes;
+    const bool isFilm = plan_.film && file->destinationPath == plan_.film->path();
+    if (!isFilm) creative->folderBytes += file->answer.bytes;
     creative->answers.push_back(file->answer);
   }
   return creative;

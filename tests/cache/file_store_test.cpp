@@ -39,7 +39,7 @@ class FileStoreTest : public ::testing::Test {
     auto made = std::make_shared<Creative>();
     made->record = std::make_shared<Campaign>(fields);
     made->film = store.claim(made->record->identifier + ".mp4");
-    made->bytes = bytes;
+    made->filmBytes = bytes;
     write(made->film->path(), bytes);
     return made;
   }
@@ -132,6 +132,18 @@ TEST_F(FileStoreTest, KeepsShownCreativesWithinItsBudget) {
   EXPECT_EQ(mine.shelf().find(Campaign(json{{"hash", "c"}})).size(), 1U);
   fs::remove(paths[2]);
   EXPECT_TRUE(mine.shelf().find(Campaign(json{{"hash", "c"}})).empty()) << "somebody removed its film";
+
+  // One film under two pages counts once: both fit, beside the one that is kept.
+  auto twin = creative(mine, "t");
+  mine.shelf().add(twin);
+  mine.shelf().keep(twin);
+  auto other = std::make_shared<Creative>(*twin);
+  other->folderBytes = 5;
+  mine.shelf().add(other);
+  mine.shelf().keep(other);
+  twin.reset();
+  other.reset();
+  EXPECT_EQ(mine.shelf().find(Campaign(json{{"hash", "t"}})).size(), 2U);
 
   const auto nobodys = creative(mine, "");
   mine.shelf().add(nobodys);

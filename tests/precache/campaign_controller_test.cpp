@@ -53,7 +53,8 @@ TEST_F(CampaignControllerTest, BringsVideoAndEndCardToDisk) {
   EXPECT_EQ(testing::contentOf(*(*creative)->page), "<img src='../img/a.png'><img src='./offer.svg'>");
   EXPECT_EQ(testing::contentOf(root / id / "static/img/a.png"), "png");
   EXPECT_EQ((*creative)->answers.size(), 4U);
-  EXPECT_GT((*creative)->bytes, 2500U);
+  EXPECT_EQ((*creative)->filmBytes, 2500U);
+  EXPECT_GT((*creative)->folderBytes, 0U);
   EXPECT_EQ(log(), (std::vector<std::string>{
                        "Trying to precache video and endcard for placement id: p",
                        "Video successufully downloaded. Size 2KB  Placement id: p",
