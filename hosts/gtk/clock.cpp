@@ -6,6 +6,8 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/foundation/run_or_drop.hpp"
+
 namespace vantorium::gtk {
 
 namespace {
@@ -39,7 +41,7 @@ guint milliseconds(Seconds interval) {
 gboolean runTick(gpointer data) {
   Tick& tick = *static_cast<Tick*>(data);
   const bool repeats = tick.repeats;
-  tick.handler();
+  runOrDrop(tick.handler);
   return repeats ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
 }
 

@@ -3,8 +3,10 @@
 #include <glib.h>
 
 #include <deque>
+#include <memory>
 #include <utility>
 
+#include "platform/foundation/run_or_drop.hpp"
 #include "platform/foundation/thread_annotations.hpp"
 
 namespace vantorium::gtk {
@@ -24,6 +26,8 @@ MainQueue::~MainQueue() {
 }
 
 void MainQueue::async(std::function<void()> work) {
+  // All memory is taken first: work that is there must not wait for a source that could not be made.
+  auto state = std::make_unique<std::shared_ptr<State>>(state_);
   {
     MutexLock lock(state_->mutex);
     state_->work.push_back(std::move(work));
@@ -33,7 +37,7 @@ void MainQueue::async(std::function<void()> work) {
   g_source_set_priority(source, G_PRIORITY_DEFAULT);
   g_source_set_can_recurse(source, TRUE);
   g_source_set_name(source, "vantorium main queue");
-  g_source_set_callback(source, &MainQueue::runNext, new std::shared_ptr<State>(state_),
+  g_source_set_callback(source, &MainQueue::runNext, state.release(),
                         [](gpointer data) { delete static_cast<std::shared_ptr<State>*>(data); });
   g_source_attach(source, nullptr);
   g_source_unref(source);
@@ -51,7 +55,7 @@ int MainQueue::runNext(void* data) {
     next = std::move(state.work.front());
     state.work.pop_front();
   }
-  next();
+  runOrDrop(next);
   return G_SOURCE_CONTINUE;
 }
 

@@ -85,7 +85,25 @@ bool readRoutes(int socket, Handler handle) {
 
 }  // namespace
 
+void RouteProbe::setChangeHandler(std::function<void()> handler) {
+  std::unique_ptr<RouteWatch> old;  // goes without the lock
+  {
+    const MutexLock lock(mutex_);
+    handler_ = std::move(handler);
+    old.swap(watch_);
+  }
+  watch();
+}
+
+void RouteProbe::watch() {
+  const MutexLock lock(mutex_);
+  if (watch_ || !handler_) return;
+  FileDescriptor news = RouteWatch::openNews();
+  if (news.isOpen()) watch_ = std::make_unique<RouteWatch>(std::move(news), handler_);
+}
+
 std::optional<std::uint32_t> RouteProbe::flags() {
+  watch();
   const FileDescriptor routes(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE));
   const FileDescriptor links(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   if (!routes.isOpen() || !links.isOpen() || !requestRoutes(routes.get())) return std::nullopt;

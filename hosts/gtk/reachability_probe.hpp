@@ -5,6 +5,7 @@
 #include <string>
 
 #include "hosts/gtk/route_watch.hpp"
+#include "platform/foundation/thread_annotations.hpp"
 #include "platform/net/reachability_probe.hpp"
 
 namespace vantorium::gtk {
@@ -19,14 +20,17 @@ class RouteProbe final : public ReachabilityProbe {
 
   std::optional<std::uint32_t> flags() override;
   std::optional<std::string> radioAccessTechnology() override { return radioTechnology_(); }
-  void setChangeHandler(std::function<void()> handler) override {
-    watch_ = std::make_unique<RouteWatch>(RouteWatch::openNews(), std::move(handler));
-  }
+  void setChangeHandler(std::function<void()> handler) override EXCLUDES(mutex_);
 
  private:
+  /// Watches the routes for the handler, unless it does: the system may have had no descriptor before.
+  void watch() EXCLUDES(mutex_);
+
   std::function<std::optional<std::string>()> radioTechnology_;
   bool loopbackIsEnough_;
-  std::unique_ptr<RouteWatch> watch_;
+  Mutex mutex_;
+  std::function<void()> handler_ GUARDED_BY(mutex_);
+  std::unique_ptr<RouteWatch> watch_ GUARDED_BY(mutex_);
 };
 
 }  // namespace vantorium::gtk

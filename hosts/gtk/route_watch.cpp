@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/foundation/run_or_drop.hpp"
+
 namespace vantorium::gtk {
 
 namespace {
@@ -32,7 +34,7 @@ bool readAll(int news) {
 gboolean tell(gint /*descriptor*/, GIOCondition /*condition*/, gpointer data) {
   const Watched& watched = *static_cast<Watched*>(data);
   const bool goesOn = readAll(watched.news.get());
-  watched.changed();
+  runOrDrop(watched.changed);
   return goesOn ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
 }
 

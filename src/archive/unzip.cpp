@@ -146,16 +146,16 @@ Failure notFound(const fs::path& archive) {
                                                       extension, archive.filename().string()));
 }
 
-/// What is wrong, one sentence; empty when nothing is.
-std::string unzip(const fs::path& archive, const fs::path& destination, bool overwrite,
-                  const std::optional<std::string>& password, const ZipLimits& limits,
-                  const Callbacks& callbacks) {
-  if (password && !isASCII(*password)) return "The password must be ASCII.";
+/// The detail of what is wrong is one sentence.
+Failure unzip(const fs::path& archive, const fs::path& destination, bool overwrite,
+              const std::optional<std::string>& password, const ZipLimits& limits,
+              const Callbacks& callbacks) {
+  if (password && !isASCII(*password)) return ZipError(ZipError::unzipFail, "The password must be ASCII.");
   const ArchiveSource source(archive);
   if (!source.isOpen())
-    return fmt::format("It cannot be opened: {}.", std::generic_category().message(source.error()));
-  const auto failure = Unzipping(source, destination, overwrite, password, limits, callbacks).run();
-  return failure ? failure->detail() : std::string();
+    return ZipError(ZipError::unzipFail,
+                    fmt::format("It cannot be opened: {}.", std::generic_category().message(source.error())));
+  return Unzipping(source, destination, overwrite, password, limits, callbacks).run();
 }
 
 }  // namespace
@@ -167,9 +167,11 @@ std::optional<ZipError> Zip::unzipFile(const fs::path& archive, const fs::path& 
   try {
     if (auto failure = notFound(archive)) return failure;
     const Callbacks callbacks{progress, fileOutputHandler, isCancelled};
-    const auto flaw = unzip(archive, destination, overwrite, password, limits, callbacks);
-    if (flaw.empty()) return std::nullopt;
-    return ZipError(ZipError::unzipFail, fmt::format("{}: {}", archive.filename().string(), flaw));
+    const auto failure = unzip(archive, destination, overwrite, password, limits, callbacks);
+    if (!failure) return std::nullopt;
+    return ZipError(ZipError::unzipFail,
+                    fmt::format("{}: {}", archive.filename().string(), failure->detail()),
+                    failure->systemCode());
   } catch (...) {  // only a lack of memory gets here
     return memoryFailure(ZipError::unzipFail);
   }

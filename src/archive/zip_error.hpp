@@ -36,7 +36,7 @@ class ZipError {
   int systemCode_;
 };
 
-/// In place of an exception, which ends in the room.
+/// In place of an exception, which does not reach the caller.
 ZipError memoryFailure(ZipError::Code code);
 
 /// Why something could not be written, and what to do where that helps, by its `errno` value.

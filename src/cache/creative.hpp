@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,6 +21,12 @@ struct Answer {
   std::uint64_t bytes = 0;
 };
 
+/// A directory as it was when all its files were there: who removes one changes its time.
+struct Directory {
+  std::string path;
+  std::filesystem::file_time_type changedAt;
+};
+
 /// The files of one campaign, whole and on disk: what a precache ends in and what a screen is handed. It
 /// never changes; campaigns of the same creative share one, and its files go with its last owner.
 struct Creative {
@@ -30,9 +37,14 @@ struct Creative {
   std::uint64_t filmBytes = 0;               ///< on disk
   std::uint64_t folderBytes = 0;             ///< on disk, all its files together
   std::vector<Answer> answers;               ///< one for each file that was fetched for it, in order
+  std::vector<Directory> directories;        ///< where the page's files lie, the folder among them
 
-  /// Whether film and page are still there: others may empty the cache at any time. Two looks at the disk.
+  /// Whether film and page are still there, and no file of the page was removed: others may empty the cache
+  /// at any time. Also false once its film or folder is not trusted any more. A look at the disk for the
+  /// film, the page and each directory.
   bool isOnDisk() const;
+  /// Whether neither its film nor its folder turned out to be one that cannot be shown.
+  bool isTrusted() const { return (!film || film->isTrusted()) && (!folder || folder->isTrusted()); }
   /// Whether `campaign` wants the same film: a hash that is not empty and agrees.
   bool hasFilmOf(const Campaign& campaign) const;
   /// Whether its page, archive and folder would be the same, too.

@@ -13,12 +13,8 @@ bool isFullDisk(const Error& error) {
   return error.domain() == "posix" && (error.code() == ENOSPC || error.code() == EDQUOT);
 }
 
-/// Removes the files that no other creative shares.
-void removeNow(const Creative& creative) {
-  for (const auto& stored : {creative.film, creative.folder}) {
-    if (stored && stored.use_count() <= 2) stored->remove();  // the creative's and this loop's
-  }
-}
+/// More than that, however small they are, cost more memory than they save requests.
+constexpr std::size_t mostKept = 200;
 
 }  // namespace
 
@@ -30,16 +26,14 @@ void CreativeShelf::add(const std::shared_ptr<const Creative>& creative) {
 }
 
 std::vector<std::shared_ptr<const Creative>> CreativeShelf::find(const Campaign& campaign) {
-  std::vector<std::shared_ptr<const Creative>> found;
+  std::vector<std::shared_ptr<const Creative>> found;  // the others go, perhaps as the last, without the lock
   {
     const MutexLock lock(mutex_);
-    for (const auto& each : known_) {
-      auto creative = each.lock();
-      if (creative && (creative->hasFilmOf(campaign) || creative->hasPageOf(campaign)))
-        found.push_back(std::move(creative));
-    }
+    for (const auto& each : known_) found.push_back(each.lock());
   }
-  std::erase_if(found, [](const auto& each) { return !each->isOnDisk(); });
+  std::erase_if(found, [&](const auto& each) {
+    return !each || !(each->hasFilmOf(campaign) || each->hasPageOf(campaign)) || !each->isOnDisk();
+  });
   std::stable_partition(found.begin(), found.end(),
                         [&](const auto& each) { return each->hasPageOf(campaign); });
   return found;
@@ -70,18 +64,20 @@ std::uint64_t CreativeShelf::bytesOfKept() const {
 
 CreativeShelf::Kept CreativeShelf::takeBeyondBudget() {
   Kept taken;
-  while (bytesOfKept() > budget_) taken.splice(taken.begin(), kept_, std::prev(kept_.end()));
+  while (kept_.size() > mostKept || bytesOfKept() > budget_)
+    taken.splice(taken.begin(), kept_, std::prev(kept_.end()));
   return taken;
 }
 
 void CreativeShelf::forget(const std::shared_ptr<const Creative>& creative) {
-  std::vector<std::shared_ptr<const Creative>> held;  // go when no lock is held
+  for (const auto& stored : {creative->film, creative->folder})
+    if (stored) stored->distrust();
+  Kept dropped;
   const MutexLock lock(mutex_);
-  std::erase_if(known_, [&](const auto& each) {
-    held.push_back(each.lock());
-    return !held.back() || held.back() == creative || (creative->film && held.back()->film == creative->film);
-  });
-  kept_.remove(creative);
+  for (auto each = kept_.begin(); each != kept_.end();) {
+    const auto present = each++;
+    if (!(*present)->isTrusted()) dropped.splice(dropped.end(), kept_, present);
+  }
 }
 
 void CreativeShelf::clear() {
@@ -93,17 +89,40 @@ void CreativeShelf::clear() {
 
 bool CreativeShelf::makeRoom(const Error& failure) {
   if (!isFullDisk(failure)) return false;
-  std::shared_ptr<const Creative> given;
+  Kept given;
   {
     const MutexLock lock(mutex_);
-    for (auto each = kept_.rbegin(); each != kept_.rend() && !given; ++each) {
-      if (each->use_count() == 1) given = *each;
-    }
-    if (!given) return false;
-    kept_.remove(given);
+    given = takeLeastRecentlyUsed();
+    // Nobody finds them any more, so that nobody shares what is about to go.
+    std::erase_if(known_, [&](const auto& each) {
+      return std::ranges::any_of(
+          given, [&](const auto& one) { return !each.owner_before(one) && !one.owner_before(each); });
+    });
   }
-  removeNow(*given);
-  return true;
+  for (const auto& each : given) {
+    for (const auto& stored : {each->film, each->folder})
+      if (stored) stored->remove();
+  }
+  return !given.empty();
+}
+
+CreativeShelf::Kept CreativeShelf::takeLeastRecentlyUsed() {
+  for (auto oldest = kept_.rbegin(); oldest != kept_.rend(); ++oldest) {
+    const Creative* const first = oldest->get();
+    const auto film = first->film;
+    const auto goesWithIt = [&](const auto& each) {
+      return each.get() == first || (film && each->film == film);
+    };
+    const auto isFree = [&](const auto& each) { return !goesWithIt(each) || each.use_count() == 1; };
+    const auto sharers = std::ranges::count_if(kept_, goesWithIt);
+    // The film's owners are those that share it, and this function.
+    if (!std::ranges::all_of(kept_, isFree) || (film && film.use_count() != sharers + 1)) continue;
+    const auto isOther = [&](const auto& each) { return !goesWithIt(each); };
+    Kept taken;
+    taken.splice(taken.end(), kept_, std::stable_partition(kept_.begin(), kept_.end(), isOther), kept_.end());
+    return taken;
+  }
+  return {};
 }
 
 }  // namespace vantorium

@@ -15,8 +15,8 @@ namespace vantorium {
 /// Which creatives there are, so that a campaign can share the files of an earlier one.
 ///
 /// It knows every creative that was added, weakly: those live as long as the campaigns and screens that own
-/// them. Those of campaigns that have been shown are kept beyond that, within a budget; whoever was not used
-/// for the longest time goes first. Any thread.
+/// them. Those of campaigns that have been shown are kept beyond that, within a budget and a number; the
+/// least recently used goes first. Any thread.
 class CreativeShelf {
  public:
   /// `budget`: the bytes on disk of what is kept.
@@ -28,13 +28,14 @@ class CreativeShelf {
   std::vector<std::shared_ptr<const Creative>> find(const Campaign& campaign) EXCLUDES(mutex_);
   /// Its campaign has been shown: it is kept for the next one, unless it has no hash to be found by.
   void keep(const std::shared_ptr<const Creative>& creative) EXCLUDES(mutex_);
-  /// Neither it nor its film is shared again. Its files stay for whoever owns them.
+  /// It could not be shown: no campaign that has its film or its folder counts as ready from here on, or is
+  /// shared. The files stay for whoever owns them.
   void forget(const std::shared_ptr<const Creative>& creative) EXCLUDES(mutex_);
   void clear() EXCLUDES(mutex_);
 
   /// Whether `failure` says that the disk is full and something could be given up: then what failed is worth
-  /// one more try. The kept creative that was not used for the longest time, and that nobody else owns, is
-  /// removed inside this call.
+  /// one more try. The least recently used of the kept creatives that nobody else owns is removed inside this
+  /// call, with those that share its film.
   bool makeRoom(const Error& failure) EXCLUDES(mutex_);
 
  private:
@@ -43,6 +44,8 @@ class CreativeShelf {
   /// On disk; a film that several share counts once.
   std::uint64_t bytesOfKept() const REQUIRES(mutex_);
   Kept takeBeyondBudget() REQUIRES(mutex_);
+  /// Of those that nobody else owns, and all that have the same film; empty when there is none.
+  Kept takeLeastRecentlyUsed() REQUIRES(mutex_);
 
   const std::uint64_t budget_;
   Mutex mutex_;

@@ -16,20 +16,21 @@ namespace {
 constexpr int concurrentDownloads = 50;
 constexpr int firstFailure = 400;
 
+/// For people to read: what follows a "?" may tell who the user is, and nobody needs it there.
+std::string shown(const std::string& url) { return url.substr(0, url.find('?')); }
+
 /// What is wrong with an answer that arrived whole, if anything is.
 std::optional<Error> flawOf(const HTTPAnswer& answer, const std::string& url, bool mayBeEmpty) {
   if (answer.error) return answer.error;
-  // What follows a "?" may tell who the user is, and reports need not.
-  const std::string shown = url.substr(0, url.find('?'));
   if (answer.status >= firstFailure) {
     return Error::platform(
         "http", answer.status,
-        fmt::format("The server answered {} for {}. Serve the file there.", answer.status, shown));
+        fmt::format("The server answered {} for {}. Serve the file there.", answer.status, shown(url)));
   }
   if (answer.body->size() > 0 || mayBeEmpty) return std::nullopt;
   return Error::platform("http", answer.status,
                          fmt::format("The server answered {} without a byte for {}. Serve the file there.",
-                                     answer.status, shown));
+                                     answer.status, shown(url)));
 }
 
 std::optional<Error> saveFile(const Data& data, const std::filesystem::path& destination) {
@@ -62,7 +63,7 @@ bool FileDownloader::isWorthAnotherTry(const Error& error) {
 }
 
 void FileDownloader::report(const std::string& url, const Error& error) const {
-  context_->logError(fmt::format("Can't download file from: {} {}", url, error.errorMessage()));
+  context_->logError(fmt::format("Can't download file from: {} {}", shown(url), error.errorMessage()));
 }
 
 void FileDownloader::downloadFile(const Download& download, FileCompletion completion) {

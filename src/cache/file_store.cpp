@@ -10,6 +10,7 @@ FileStore::FileStore(const Directories& directories, std::uint64_t budget)
 }
 
 std::shared_ptr<const StoredPath> FileStore::claim(const std::string& name) const {
+  folder_.own();
   return std::make_shared<StoredPath>(root() / name);
 }
 

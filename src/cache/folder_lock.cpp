@@ -67,8 +67,7 @@ std::string markOfThisProcess() {
 }
 
 /// Whether who wrote the mark is known to be gone. Of another machine, or of a container, nothing is known.
-bool isDead(const fs::path& path) {
-  const std::string mark = textOf(path);
+bool isDead(const std::string& mark, const fs::path& path) {
   if (mark.empty()) {
     std::error_code error;
     const auto written = fs::last_write_time(path, error);
@@ -84,18 +83,15 @@ bool isDead(const fs::path& path) {
   return firstWord(mark) == firstWord(worldOf()) && !isThisBoot;
 }
 
-/// Takes a dead owner's mark away. False when somebody else did first: what they have made since stays.
-bool removeDead(const fs::path& path) {
-  const std::string dead = textOf(path);
+/// Takes a dead owner's mark away, unless somebody else did first: what they have made since stays.
+void removeDead(const std::string& mark, const fs::path& path) {
   fs::path aside = path;
   aside += "." + makeUUID();
   std::error_code error;
   fs::rename(path, aside, error);
-  if (error) return false;
-  const bool wasDead = textOf(aside) == dead;
-  if (!wasDead) fs::create_hard_link(aside, path, error);
+  if (error) return;
+  if (textOf(aside) != mark) fs::create_hard_link(aside, path, error);
   fs::remove(aside, error);
-  return wasDead;
 }
 
 }  // namespace
@@ -104,32 +100,32 @@ FolderLock::~FolderLock() {
   if (!mark_.empty()) ::unlink(mark_.c_str());
 }
 
-std::optional<FolderLock> FolderLock::take(const fs::path& path) {
+std::optional<FolderLock> FolderLock::take(const fs::path& path, LockFile lock) {
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    FileDescriptor file(::open(path.c_str(), lockFlags, 0600));
+    // Whose file it is matters where there are no locks.
+    FileDescriptor file(::open(path.c_str(), lockFlags | O_EXCL, 0600));
+    const bool isMine = file.isOpen();
+    if (!isMine && errno == EEXIST) file = FileDescriptor(::open(path.c_str(), lockFlags, 0600));
     if (!file.isOpen()) return std::nullopt;
-    if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
-      if (errno == EWOULDBLOCK || errno == EINTR) return std::nullopt;
-      return takeByMark(path);
+    if (lock(file.get(), LOCK_EX | LOCK_NB) == 0) {
+      if (isStillThere(file.get(), path)) return FolderLock(std::move(file), {});
+      continue;
     }
-    if (isStillThere(file.get(), path)) return FolderLock(std::move(file), {});
+    if (errno == EINTR) continue;
+    if (errno == EWOULDBLOCK) return std::nullopt;
+    if (isMine) return mark(std::move(file), path);
+    const std::string present = textOf(path);
+    if (!isDead(present, path)) return std::nullopt;
+    removeDead(present, path);
   }
   return std::nullopt;
 }
 
-std::optional<FolderLock> FolderLock::takeByMark(const fs::path& path) {
-  for (int attempt = 0; attempt < attempts; ++attempt) {
-    FileDescriptor file(::open(path.c_str(), lockFlags | O_EXCL, 0600));
-    if (file.isOpen()) {
-      const std::string mark = markOfThisProcess();
-      if (::write(file.get(), mark.data(), mark.size()) == static_cast<ssize_t>(mark.size()))
-        return FolderLock(std::move(file), path);
-      ::unlink(path.c_str());
-      return std::nullopt;
-    }
-    if (errno != EEXIST || !isDead(path)) return std::nullopt;
-    removeDead(path);
-  }
+std::optional<FolderLock> FolderLock::mark(FileDescriptor file, const fs::path& path) {
+  const std::string text = markOfThisProcess();
+  if (::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()))
+    return FolderLock(std::move(file), path);
+  ::unlink(path.c_str());
   return std::nullopt;
 }
 

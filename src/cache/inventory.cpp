@@ -37,11 +37,13 @@ Inventory::Campaigns Inventory::campaignsOf(const std::string& key) const {
   return found == placements_.end() ? Campaigns() : found->second.campaigns;
 }
 
-std::optional<ReadyCampaign> Inventory::firstOf(const std::string& key) const {
+std::optional<ReadyCampaign> Inventory::firstOf(const std::string& key, Date now) const {
   const MutexLock lock(mutex_);
   const auto found = placements_.find(key);
   if (found == placements_.end() || found->second.campaigns.empty()) return std::nullopt;
-  return found->second.campaigns.front();
+  const auto& campaigns = found->second.campaigns;
+  const auto fresh = std::ranges::find_if(campaigns, [&](const auto& each) { return !isStale(each, now); });
+  return fresh == campaigns.end() ? campaigns.front() : *fresh;
 }
 
 bool Inventory::remove(const ReadyCampaign& campaign, const std::string& key) {
@@ -63,8 +65,6 @@ Inventory::Campaigns Inventory::presentCampaigns(const std::string& key) {
   return present;
 }
 
-bool Inventory::hasCampaigns(const std::string& forKey) const { return firstOf(forKey).has_value(); }
-
 std::size_t Inventory::getNumberOfCampaigns(const std::string& forKey) {
   return presentCampaigns(forKey).size();
 }
@@ -74,23 +74,26 @@ std::size_t Inventory::getNumberOfFreshCampaigns(const std::string& forKey, Date
       std::ranges::count_if(presentCampaigns(forKey), [&](const auto& each) { return !isStale(each, now); }));
 }
 
-std::optional<ReadyCampaign> Inventory::getNextCampaign(const std::string& forKey) {
-  auto next = firstOf(forKey);
-  while (next && !next->creative->isOnDisk()) {
-    remove(*next, forKey);
-    next = firstOf(forKey);
+NextCampaign Inventory::getNextCampaign(const std::string& forKey, Date now) {
+  NextCampaign next{.campaign = firstOf(forKey, now)};
+  while (next.campaign && !next.campaign->creative->isOnDisk()) {
+    next.hasLost = true;
+    remove(*next.campaign, forKey);
+    next.campaign = firstOf(forKey, now);
   }
   return next;
 }
 
-std::optional<ReadyCampaign> Inventory::takeNextCampaign(const std::string& forKey) {
-  auto next = getNextCampaign(forKey);
-  while (next && !remove(*next, forKey)) next = getNextCampaign(forKey);  // somebody else has just taken it
-  if (!next || next->campaign->campaignID.size() > longestID) return next;
+NextCampaign Inventory::takeNextCampaign(const std::string& forKey, Date now) {
+  auto next = getNextCampaign(forKey, now);
+  while (next.campaign && !remove(*next.campaign, forKey))  // somebody else has just taken it
+    next = getNextCampaign(forKey, now);
+  if (!next.campaign || next.campaign->campaign->campaignID.size() > longestID) return next;
+  const std::string& id = next.campaign->campaign->campaignID;
   const MutexLock lock(mutex_);
   auto& shown = placements_[forKey].shownIDs;
-  std::erase(shown, next->campaign->campaignID);
-  shown.push_front(next->campaign->campaignID);
+  std::erase(shown, id);
+  shown.push_front(id);
   if (shown.size() > mostShownIDs) shown.pop_back();
   return next;
 }

@@ -12,6 +12,12 @@
 
 namespace vantorium {
 
+/// A placement's next campaign.
+struct NextCampaign {
+  std::optional<ReadyCampaign> campaign;  ///< none when there is none that can be shown
+  bool hasLost = false;                   ///< somebody has removed files of others that were before it
+};
+
 /// What there is to show, in memory alone: the campaigns of each placement that have not been shown, and the
 /// template of rewardable popups. Any thread.
 class Inventory {
@@ -22,16 +28,14 @@ class Inventory {
 
   /// Adds a campaign behind those of the key; stale ones of the key go.
   void add(ReadyCampaign campaign, const std::string& forKey) EXCLUDES(mutex_);
-  /// Whether there are any, whatever became of their files.
-  bool hasCampaigns(const std::string& forKey) const EXCLUDES(mutex_);
   /// How many campaigns of the key can be shown.
   std::size_t getNumberOfCampaigns(const std::string& forKey) EXCLUDES(mutex_);
   /// How many of them are not stale at `now`.
   std::size_t getNumberOfFreshCampaigns(const std::string& forKey, Date now) EXCLUDES(mutex_);
-  /// The first that can be shown, or none. Quick, whatever there is.
-  std::optional<ReadyCampaign> getNextCampaign(const std::string& forKey) EXCLUDES(mutex_);
+  /// The first that can be shown, one that is stale at `now` only if all are. Quick, whatever there is.
+  NextCampaign getNextCampaign(const std::string& forKey, Date now) EXCLUDES(mutex_);
   /// The same, and it counts as shown from here on: of it only its ID is remembered.
-  std::optional<ReadyCampaign> takeNextCampaign(const std::string& forKey) EXCLUDES(mutex_);
+  NextCampaign takeNextCampaign(const std::string& forKey, Date now) EXCLUDES(mutex_);
   /// What the service is told of: the IDs of the key's campaigns, those that have not been shown first, then
   /// the latest that were. Each once.
   std::vector<std::string> campaignIDs(const std::string& forKey) const EXCLUDES(mutex_);
@@ -51,7 +55,7 @@ class Inventory {
 
   bool isStale(const ReadyCampaign& campaign, Date now) const;
   Campaigns campaignsOf(const std::string& key) const EXCLUDES(mutex_);
-  std::optional<ReadyCampaign> firstOf(const std::string& key) const EXCLUDES(mutex_);
+  std::optional<ReadyCampaign> firstOf(const std::string& key, Date now) const EXCLUDES(mutex_);
   /// Takes the campaign out; false when it was out already.
   bool remove(const ReadyCampaign& campaign, const std::string& key) EXCLUDES(mutex_);
   /// The key's campaigns that can be shown; those whose files are gone are dropped.

@@ -41,13 +41,23 @@ std::set<std::string> familyOf(const fs::path& parent, const std::string& name) 
 
 OwnedFolder::OwnedFolder(const fs::path& parent, const std::string& name) : path_(parent / name) {
   createDirectoryIfNeeded(parent);
+  const MutexLock lock(mutex_);
   if (take()) return;
   isBeside_ = true;
-  path_ += "." + makeUUID();
-  take();
+  // Somebody who collects may try the lock of a new folder in the moment before it is ours.
+  constexpr int attempts = 5;
+  for (int attempt = 0; attempt < attempts && !lock_; ++attempt) {
+    path_ = parent / (name + "." + makeUUID());
+    take();
+  }
 }
 
-bool OwnedFolder::take() {
+void OwnedFolder::own() const {
+  const MutexLock lock(mutex_);
+  if (!lock_) take();
+}
+
+bool OwnedFolder::take() const {
   auto lock = FolderLock::take(lockOf(path_));
   if (lock) lock_ = std::make_shared<FolderLock>(std::move(*lock));
   return lock.has_value();
@@ -56,7 +66,8 @@ bool OwnedFolder::take() {
 OwnedFolder::~OwnedFolder() {
   if (!isBeside_) return;
   try {
-    workers::async([path = path_, lock = lock_] {
+    const MutexLock lock(mutex_);
+    workers::async([path = path_, held = lock_] {
       removeAll(path);
       removeAll(lockOf(path));
     });

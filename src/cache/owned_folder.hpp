@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cache/folder_lock.hpp"
+#include "platform/foundation/thread_annotations.hpp"
 
 namespace vantorium {
 
@@ -14,7 +15,7 @@ namespace vantorium {
 class OwnedFolder {
  public:
   /// Takes `parent`/`name`, or a folder beside it. Never waits for anything but the disk. Where no lock can
-  /// be made the folder is one beside, too: writing there fails and says why.
+  /// be made (no descriptor is left, say) the folder is one beside, too, which `own` may take later.
   OwnedFolder(const std::filesystem::path& parent, const std::string& name);
   /// Has a folder beside removed, on a worker. One that has its own name stays for the next owner to empty.
   ~OwnedFolder();
@@ -23,6 +24,8 @@ class OwnedFolder {
 
   /// It need not exist.
   const std::filesystem::path& path() const { return path_; }
+  /// To be called before anything is made in the folder: takes it unless it has been taken.
+  void own() const EXCLUDES(mutex_);
   /// Leaves nothing under the folder's name. What was there is moved aside; `collect` removes it.
   void empty() const;
   /// Removes what was moved aside of any folder `parent`/`name` or beside it, and those whose owners are
@@ -31,11 +34,12 @@ class OwnedFolder {
                       const std::filesystem::path& exceptFor);
 
  private:
-  bool take();
+  bool take() const REQUIRES(mutex_);
 
   std::filesystem::path path_;
-  std::shared_ptr<FolderLock> lock_;
   bool isBeside_ = false;
+  mutable Mutex mutex_;
+  mutable std::shared_ptr<FolderLock> lock_ GUARDED_BY(mutex_);
 };
 
 }  // namespace vantorium

@@ -15,8 +15,6 @@ StoredPath::~StoredPath() {
   }
 }
 
-void StoredPath::remove() const {
-  removeAll(path_);
-}
+void StoredPath::remove() const { removeAll(path_); }
 
 }  // namespace vantorium

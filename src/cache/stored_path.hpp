@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <filesystem>
 #include <string>
 
@@ -18,9 +19,13 @@ class StoredPath {
   const std::string& path() const { return path_; }
   /// Removes it here and now: for when its space is needed at once.
   void remove() const;
+  /// What is there could not be shown, so that nothing that has it is ready.
+  void distrust() const { isTrusted_ = false; }
+  bool isTrusted() const { return isTrusted_; }
 
  private:
   const std::string path_;
+  mutable std::atomic<bool> isTrusted_ = true;
 };
 
 }  // namespace vantorium

@@ -105,10 +105,11 @@ void VantoriumReachability::flagsMayHaveChanged() const {
 
 /// Looks again; whether the device was offline before and is online now.
 bool VantoriumReachability::updateOnline() const {
-  // Looking and noting are one step, so that what is noted is what was seen last. The probe calls nobody
-  // back.
-  const MutexLock lock(mutex_);
+  const std::uint64_t look = ++looks_;
   const bool isOnline = currentReachabilityStatus() != NetworkStatus::notReachable;
+  const MutexLock lock(mutex_);
+  if (look < lastLook_) return false;  // a later one was quicker
+  lastLook_ = look;
   return !std::exchange(isOnline_, isOnline).value_or(true) && isOnline;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -44,7 +46,9 @@ class VantoriumReachability : public std::enable_shared_from_this<VantoriumReach
   mutable Observers online_;
   mutable Mutex mutex_;
   mutable bool isWatching_ GUARDED_BY(mutex_) = false;
-  mutable std::optional<bool> isOnline_ GUARDED_BY(mutex_);  ///< when it was last looked at
+  mutable std::atomic<std::uint64_t> looks_ = 0;
+  mutable std::uint64_t lastLook_ GUARDED_BY(mutex_) = 0;  ///< the number of the one below
+  mutable std::optional<bool> isOnline_ GUARDED_BY(mutex_);
 };
 
 }  // namespace vantorium

@@ -7,27 +7,28 @@
 
 namespace vantorium {
 
-/// Sees to it that a flag that was set is cleared, whatever ends the work that it stands for, an exception
-/// included. Any thread, one at a time.
+/// Sees to it that flags that were set are cleared, whatever ends the work that they stand for, an exception
+/// included. It is made before they are set, and takes charge of them then. Any thread, one at a time.
 class FlagMark {
  public:
-  FlagMark(std::shared_ptr<SdkContext> context, bool SdkContext::Flags::*flag)
-      : context_(std::move(context)), flag_(flag) {}
+  using Clear = void (*)(SdkContext::Flags& flags);
+
+  FlagMark(std::shared_ptr<SdkContext> context, Clear how) : context_(std::move(context)), clear_(how) {}
   FlagMark(const FlagMark&) = delete;
   FlagMark& operator=(const FlagMark&) = delete;
   ~FlagMark() { clear(); }
 
-  /// Clears it now; only the first call of this or `release` does anything.
+  /// The flags have just been set.
+  void takeCharge() noexcept { isInCharge_ = true; }
+  /// Clears them now; only the first call does anything.
   void clear() {
-    if (const auto context = std::exchange(context_, nullptr))
-      context->updateFlags([this](SdkContext::Flags& flags) { flags.*flag_ = false; });
+    if (std::exchange(isInCharge_, false)) context_->updateFlags(clear_);
   }
-  /// Somebody else sees to it from here on.
-  void release() { context_ = nullptr; }
 
  private:
-  std::shared_ptr<SdkContext> context_;
-  bool SdkContext::Flags::*const flag_;
+  const std::shared_ptr<SdkContext> context_;
+  const Clear clear_;
+  bool isInCharge_ = false;
 };
 
 }  // namespace vantorium

@@ -88,8 +88,8 @@ void Sdk::makeServices() {
   services->autoCaching =
       std::make_shared<AutoCaching>(context_, services->precacher, configuration.campaignLifetime);
   services->precacher->setObserver(
-      [weak = std::weak_ptr(services->autoCaching)](const auto& placement, const auto& error) {
-        if (const auto autoCaching = weak.lock()) autoCaching->didPrecache(placement, error);
+      [weak = std::weak_ptr(services->autoCaching)](const auto& placement, bool success, const auto& error) {
+        if (const auto autoCaching = weak.lock()) autoCaching->didPrecache(placement, success, error);
       });
   if (reachability) {
     services->onlineObservation = reachability->observeOnline([weak = std::weak_ptr(context_)] {

@@ -17,6 +17,7 @@
 #include "cache/prepared_popup.hpp"
 #include "context/sdk_context.hpp"
 #include "facade/client.hpp"
+#include "facade/flag_mark.hpp"
 #include "platform/foundation/thread_annotations.hpp"
 #include "precache/auto_caching.hpp"
 #include "precache/campaign_precacher.hpp"
@@ -111,13 +112,14 @@ class Sdk : public std::enable_shared_from_this<Sdk> {
   static Error shutDownWhileShowing();
   std::optional<Error> refusalToShow() const;
   std::optional<Error> refusalToGoOnline();
-  void beginShowing(std::optional<std::string> placement);
-  void failToShow(const Error& error, const Completion& completion);
-  void show(const std::shared_ptr<BaseViewController>& screen,
+  /// An ad is being shown from here on, until the mark is cleared or goes.
+  std::shared_ptr<FlagMark> beginShowing(std::optional<std::string> placement);
+  void show(const std::shared_ptr<FlagMark>& mark, const std::shared_ptr<BaseViewController>& screen,
             std::optional<VantoriumServerParameter> serverParameter, Completion completion);
-  void showReady(const std::string& placement, ReadyCampaign ready,
+  void showReady(const std::shared_ptr<FlagMark>& mark, const std::string& placement, ReadyCampaign ready,
                  std::optional<VantoriumServerParameter> serverParameter, Completion completion);
-  void showPreparedPopup(const std::string& placement, const PreparedPopup& popup,
+  void showPreparedPopup(const std::shared_ptr<FlagMark>& mark, const std::string& placement,
+                         const PreparedPopup& popup,
                          const std::optional<VantoriumServerParameter>& serverParameter,
                          const Completion& completion);
 

@@ -64,6 +64,8 @@ bool isAutoCached(const std::map<std::string, std::string>& placement) {
 
 void Sdk::configure(const std::string& appID, const std::optional<Parameters>& parameters,
                     std::shared_ptr<DispatchQueue> queue, Completion completion) {
+  const auto mark =
+      std::make_shared<FlagMark>(context_, [](SdkContext::Flags& flags) { flags.isConfiguring = false; });
   switch (beginConfiguring(*context_)) {
     case ConfigureState::configured:
       announce(*context_, queue, true, std::nullopt, completion);
@@ -72,9 +74,8 @@ void Sdk::configure(const std::string& appID, const std::optional<Parameters>& p
       announce(*context_, queue, false, VantoriumError::functionInProgress(), completion);
       return;
     case ConfigureState::unconfigured:
-      break;
+      mark->takeCharge();
   }
-  const auto mark = std::make_shared<FlagMark>(context_, &SdkContext::Flags::isConfiguring);
   const auto services = client();
   const std::string userID = services->userDefaultsClient->recordLaunch(userIDOf(parameters));
   const nlohmann::json body = InitRequestBuilder::requestBody(

@@ -15,12 +15,11 @@ namespace {
 constexpr const char* templateIsMissing =
     "Rewardable Popup is not precached. Call precacheRewardablePopupTemplate function first.";
 
-void stopShowing(SdkContext& context) {
-  context.updateFlags([](SdkContext::Flags& flags) { flags.isShowingAds = false; });
-}
+void stopShowing(SdkContext::Flags& flags) { flags.isShowingAds = false; }
 
-void endShowingPlacement(SdkContext& context) {
-  context.updateFlags([](SdkContext::Flags& flags) { flags.showingPlacement.reset(); });
+void stopShowingPlacement(SdkContext::Flags& flags) {
+  stopShowing(flags);
+  flags.showingPlacement.reset();
 }
 
 }  // namespace
@@ -46,30 +45,27 @@ std::optional<Error> Sdk::refusalToGoOnline() {
   return std::nullopt;
 }
 
-void Sdk::beginShowing(std::optional<std::string> placement) {
+std::shared_ptr<FlagMark> Sdk::beginShowing(std::optional<std::string> placement) {
+  auto mark = std::make_shared<FlagMark>(context_, placement ? &stopShowingPlacement : &stopShowing);
   context_->updateFlags([&](SdkContext::Flags& flags) {
     flags.isShowingAds = true;
-    if (placement) flags.showingPlacement = std::move(placement);
+    if (placement) flags.showingPlacement.swap(placement);
   });
+  mark->takeCharge();
+  return mark;
 }
 
-/// There is nothing to show after all.
-void Sdk::failToShow(const Error& error, const Completion& completion) {
-  stopShowing(*context_);
-  completion(false, error);
-  context_->logError(error.errorMessage());
-}
-
-void Sdk::show(const std::shared_ptr<BaseViewController>& screen,
+void Sdk::show(const std::shared_ptr<FlagMark>& mark, const std::shared_ptr<BaseViewController>& screen,
                std::optional<VantoriumServerParameter> serverParameter, Completion completion) {
   std::erase_if(shownScreens_, [](const auto& each) { return each.expired(); });
   shownScreens_.push_back(screen);
-  screen->showOverScreen(std::move(serverParameter), [context = context_, completion = std::move(completion)](
-                                                         bool success, const std::optional<Error>& error) {
-    stopShowing(*context);
-    completion(success, error);
-    if (error) context->logError(error->errorMessage());
-  });
+  screen->showOverScreen(std::move(serverParameter),
+                         [context = context_, mark, completion = std::move(completion)](
+                             bool success, const std::optional<Error>& error) {
+                           mark->clear();
+                           completion(success, error);
+                           if (error) context->logError(error->errorMessage());
+                         });
 }
 
 void Sdk::showCampaign(const std::string& forPlacement,
@@ -82,21 +78,22 @@ void Sdk::showCampaign(const std::string& forPlacement,
     completion(false, refusal);
     return;
   }
-  beginShowing(forPlacement);
+  const auto mark = beginShowing(forPlacement);
   auto ready = services()->precacher->takeCampaign(forPlacement);
   if (ready) {
-    showReady(forPlacement, std::move(*ready), std::move(serverParameter), std::move(completion));
-  } else {
-    endShowingPlacement(*context_);
-    failToShow(VantoriumError::noPrecachedDataToShow(), completion);
+    showReady(mark, forPlacement, std::move(*ready), std::move(serverParameter), std::move(completion));
+    return;
   }
+  mark->clear();
+  const auto error = VantoriumError::noPrecachedDataToShow();
+  completion(false, error);
+  context_->logError(error.errorMessage());
 }
 
-void Sdk::showReady(const std::string& placement, ReadyCampaign ready,
+void Sdk::showReady(const std::shared_ptr<FlagMark>& mark, const std::string& placement, ReadyCampaign ready,
                     std::optional<VantoriumServerParameter> serverParameter, Completion completion) {
-  Completion ended = [context = context_, files = client()->cacheClient.files, creative = ready.creative,
+  Completion ended = [files = client()->cacheClient.files, creative = ready.creative,
                       completion = std::move(completion)](bool success, const std::optional<Error>& error) {
-    endShowingPlacement(*context);
     if (success) {
       files->shelf().keep(creative);
     } else {
@@ -108,7 +105,8 @@ void Sdk::showReady(const std::string& placement, ReadyCampaign ready,
                              const std::string& shown, const std::optional<Error>& error) {
     if (const auto alive = autoCaching.lock()) alive->didShow(shown, error);
   };
-  show(std::make_shared<CampaignVC>(context_, client()->httpClient, placement, std::move(ready), replenish),
+  show(mark,
+       std::make_shared<CampaignVC>(context_, client()->httpClient, placement, std::move(ready), replenish),
        std::move(serverParameter), std::move(ended));
 }
 
@@ -123,8 +121,8 @@ void Sdk::showOfferWall(const std::string& forPlacement,
     completion(false, refusal);
     return;
   }
-  beginShowing(std::nullopt);
-  show(std::make_shared<OfferWallVC>(context_, services()->widgetURL, forPlacement, *user),
+  const auto mark = beginShowing(std::nullopt);
+  show(mark, std::make_shared<OfferWallVC>(context_, services()->widgetURL, forPlacement, *user),
        std::move(serverParameter), std::move(completion));
 }
 
@@ -144,8 +142,7 @@ void Sdk::showRewardablePopup(const std::string& forPlacement,
     completion(false, refusal);
     return;
   }
-  beginShowing(std::nullopt);
-  const auto mark = std::make_shared<FlagMark>(context_, &SdkContext::Flags::isShowingAds);
+  const auto mark = beginShowing(std::nullopt);
   client()->httpClient->getRewardableOffer(
       forPlacement, [mark, self = shared_from_this(), forPlacement, html, completion = std::move(completion),
                      serverParameter = std::move(serverParameter)](
@@ -164,22 +161,22 @@ void Sdk::showRewardablePopup(const std::string& forPlacement,
           return;
         }
         self->context_->onMain([self, mark, forPlacement, popup = *popup, serverParameter, completion] {
-          mark->release();
-          self->showPreparedPopup(forPlacement, popup, serverParameter, completion);
+          self->showPreparedPopup(mark, forPlacement, popup, serverParameter, completion);
         });
       });
 }
 
-void Sdk::showPreparedPopup(const std::string& placement, const PreparedPopup& popup,
+void Sdk::showPreparedPopup(const std::shared_ptr<FlagMark>& mark, const std::string& placement,
+                            const PreparedPopup& popup,
                             const std::optional<VantoriumServerParameter>& serverParameter,
                             const Completion& completion) {
   if (hasEnded_) {
-    stopShowing(*context_);
+    mark->clear();
     completion(false, shutDownWhileShowing());
     return;
   }
-  show(std::make_shared<RewardablePopupVC>(context_, client()->httpClient, placement, popup), serverParameter,
-       completion);
+  show(mark, std::make_shared<RewardablePopupVC>(context_, client()->httpClient, placement, popup),
+       serverParameter, completion);
 }
 
 void Sdk::precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, Completion completion) {
@@ -193,7 +190,7 @@ void Sdk::precacheRewardablePopupTemplate(std::shared_ptr<DispatchQueue> queue, 
   if (inventory->rewardablePopup()) return complete(true, std::nullopt);
   services->httpClient->getRewardablePopup(
       [inventory, complete](const std::optional<std::string>& text, const std::optional<Error>& error) {
-        inventory->setRewardablePopup(text);
+        if (text) inventory->setRewardablePopup(text);
         complete(text.has_value(), error);
       });
 }

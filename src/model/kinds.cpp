@@ -8,6 +8,16 @@ CampaignType campaignType(const std::string& text) {
   return text == "playable" ? CampaignType::playable : CampaignType::video;
 }
 
+bool isPlayable(CampaignType type) {
+  switch (type) {
+    case CampaignType::playable:
+      return true;
+    case CampaignType::video:
+      return false;
+  }
+  return false;
+}
+
 AdUnitType adUnitType(const std::string& text) {
   if (text == "rewarded_video") return AdUnitType::rewardedVideo;
   return text == "video_interstitial" ? AdUnitType::videoInterstitial : AdUnitType::other;

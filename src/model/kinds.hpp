@@ -12,6 +12,8 @@ enum class CampaignType {
   playable,  ///< a page out of an archive
 };
 CampaignType campaignType(const std::string& text);
+/// Whether it is a page that is played, and no film.
+bool isPlayable(CampaignType type);
 
 /// What a placement's ads are for.
 enum class AdUnitType { other, rewardedVideo, videoInterstitial };

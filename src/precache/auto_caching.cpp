@@ -1,9 +1,9 @@
 #include "precache/auto_caching.hpp"
 
-#include <atomic>
 #include <utility>
 
 #include "platform/foundation/backoff.hpp"
+#include "platform/foundation/completion_guard.hpp"
 
 namespace vantorium {
 
@@ -39,12 +39,12 @@ void AutoCaching::autoCachingTimerHandler() {
 
 /// The next begins when this one has ended, or has taken too long.
 void AutoCaching::precacheCampaignsOneBy(const Placements& placements, std::size_t index) {
-  if (index >= placements->size()) return;
-  const auto goOn = [self = shared_from_this(), placements, index,
-                     hasGoneOn = std::make_shared<std::atomic<bool>>(false)] {
-    if (!hasGoneOn->exchange(true)) self->precacheCampaignsOneBy(placements, index + 1);
-  };
-  const std::shared_ptr<Timer> timer = context_->host().clock().schedule(patience, false, goOn);
+  if (index >= placements->size() || context_->hasEnded()) return;
+  // Whatever drops it, the others have their turn.
+  const CompletionGuard<> goOn([self = shared_from_this(), placements, index] {
+    self->precacheCampaignsOneBy(placements, index + 1);
+  });
+  const std::shared_ptr<Timer> timer = context_->host().clock().schedule(patience, false, [goOn] { goOn(); });
   precacher_->precacheCampaigns((*placements)[index], nullptr,
                                 [goOn, timer](bool, const std::optional<Error>&) { goOn(); });
 }
@@ -55,25 +55,25 @@ void AutoCaching::precache(const std::string& placement) {
 }
 
 void AutoCaching::didShow(const std::string& placement, const std::optional<Error>& error) {
-  if (error) return didPrecache(placement, error);
+  if (error) return didPrecache(placement, false, error);
   precache(placement);
 }
 
-void AutoCaching::didPrecache(const std::string& placement, const std::optional<Error>& error) {
+void AutoCaching::didPrecache(const std::string& placement, bool success, const std::optional<Error>& error) {
   if (!context_->flags().autoCaching || context_->hasEnded()) return;
   std::unique_ptr<Timer> renewal =
-      error ? nullptr : renewalTimer(placement);  // the old one goes without the lock
+      success ? renewalTimer(placement) : nullptr;  // the old one goes without the lock
   std::shared_ptr<Retry> retry;
   {
     const MutexLock lock(mutex_);
     const auto found = placements_.find(placement);
     if (found == placements_.end()) return;
     retry = found->second.retry;
-    if (!error) found->second.renewal.swap(renewal);
+    if (success) found->second.renewal.swap(renewal);
   }
-  if (!error) {
+  if (success) {
     retry->reset();
-  } else if (!retry->isPending()) {
+  } else if (error && !retry->isPending()) {
     planRetry(*retry, placement, *error);
   }
 }

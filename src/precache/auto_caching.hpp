@@ -34,11 +34,12 @@ class AutoCaching : public std::enable_shared_from_this<AutoCaching> {
   /// Precaches all placements again, in the same way.
   void autoCachingTimerHandler() EXCLUDES(mutex_);
   /// A precaching ended, whoever asked for it. Plans what is next for the placement, if it is one of these.
-  void didPrecache(const std::string& placement, const std::optional<Error>& error) EXCLUDES(mutex_);
+  void didPrecache(const std::string& placement, bool success, const std::optional<Error>& error)
+      EXCLUDES(mutex_);
   /// A campaign of the placement is on screen, whichever placement: its next one is due. With an error its
   /// impression did not arrive, and the service may not be there.
   void didShow(const std::string& placement, const std::optional<Error>& error) EXCLUDES(mutex_);
-  /// Drops everything that waits for its time.
+  /// Drops every plan for a later time. Called when the SDK has ended: nothing begins after that.
   void end() EXCLUDES(mutex_);
 
  private:

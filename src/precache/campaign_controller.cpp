@@ -126,11 +126,15 @@ std::optional<Error> CampaignController::preparePage() {
 }
 
 std::optional<Error> CampaignController::unpack() {
-  const auto count = [this](const fs::path& file) { unpackedBytes_ += sizeOf(file); };
+  const auto count = [this](const fs::path& file) {
+    unpackedBytes_ += sizeOf(file);
+    directories_.insert(file.parent_path());
+  };
   const fs::path archive = plan_.archive;
   const auto isCancelled = [this] { return context_->hasEnded(); };
   const auto unzip = [&] {
     unpackedBytes_ = 0;
+    directories_.clear();
     return Zip::unzipFile(archive, archive.parent_path(), true, {}, {}, count, {}, isCancelled);
   };
   auto failure = unzip();
@@ -157,7 +161,7 @@ std::optional<Error> CampaignController::updateHTMLWithRelativeAssets() const {
   return std::nullopt;
 }
 
-std::shared_ptr<const Creative> CampaignController::makeCreative() const {
+std::shared_ptr<const Creative> CampaignController::makeCreative() {
   auto creative = std::make_shared<Creative>();
   creative->record = campaign_;
   creative->film = plan_.film;
@@ -167,8 +171,14 @@ std::shared_ptr<const Creative> CampaignController::makeCreative() const {
   creative->folderBytes = unpackedBytes_;
   for (const auto& file : files_) {
     const bool isFilm = plan_.film && file->destinationPath == plan_.film->path();
-    if (!isFilm) creative->folderBytes += file->answer.bytes;
     creative->answers.push_back(file->answer);
+    if (isFilm) continue;
+    creative->folderBytes += file->answer.bytes;
+    directories_.insert(fs::path(file->destinationPath).parent_path());
+  }
+  for (const fs::path& each : directories_) {
+    std::error_code error;
+    creative->directories.push_back({each.string(), fs::last_write_time(each, error)});
   }
   return creative;
 }

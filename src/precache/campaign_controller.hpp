@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -37,7 +39,7 @@ class CampaignController : public std::enable_shared_from_this<CampaignControlle
   void precache(std::shared_ptr<DispatchQueue> queue, Completion completion);
 
  private:
-  bool isPlayable() const { return campaign_->type == CampaignType::playable; }
+  bool isPlayable() const { return vantorium::isPlayable(campaign_->type); }
   void attempt();
   void didDownload(const std::vector<Result<File>>& files);
   void didFailToDownload(const Error& error);
@@ -45,7 +47,7 @@ class CampaignController : public std::enable_shared_from_this<CampaignControlle
   std::optional<Error> preparePage();
   std::optional<Error> unpack();
   std::optional<Error> updateHTMLWithRelativeAssets() const;
-  std::shared_ptr<const Creative> makeCreative() const;
+  std::shared_ptr<const Creative> makeCreative();
   void complete(Outcome outcome) const;
 
   const std::shared_ptr<Campaign> campaign_;
@@ -62,6 +64,7 @@ class CampaignController : public std::enable_shared_from_this<CampaignControlle
       files_;  ///< one for each download of the plan; none as long as it is missing
   int tryCounter_ = 0;
   std::uint64_t unpackedBytes_ = 0;
+  std::set<std::filesystem::path> directories_;  ///< where the page's files lie
 };
 
 }  // namespace vantorium

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <utility>
 
+#include "platform/foundation/completion_guard.hpp"
 #include "platform/foundation/gather.hpp"
 #include "precache/campaign_controller.hpp"
 
@@ -19,11 +20,16 @@ constexpr int concurrentCampaigns = 5;
 }  // namespace
 
 struct CampaignPrecacher::Pass {
-  std::string placement;
-  PrecachingPlacements::Mark mark;  ///< held until the pass has ended
-  std::shared_ptr<DispatchQueue> queue;
-  Completion completion;
-  std::atomic<int> ended{0};  ///< campaigns
+  Pass(std::string of, std::shared_ptr<DispatchQueue> on, Completion completion)
+      : placement(std::move(of)),
+        queue(std::move(on)),
+        end(std::move(completion), false, VantoriumError::internalError("The work was dropped. Try again.")) {
+  }
+
+  const std::string placement;
+  const std::shared_ptr<DispatchQueue> queue;
+  const CompletionGuard<bool, std::optional<Error>> end;  ///< an exception ends a pass, too
+  std::atomic<int> ended{0};                              ///< campaigns
 };
 
 /// What came of one campaign.
@@ -72,11 +78,13 @@ void CampaignPrecacher::precacheCampaigns(const std::string& forPlacement,
     context_->onQueue(queue, [completion = std::move(completion)] { completion(true, std::nullopt); });
     return;
   }
-  const auto pass = std::make_shared<Pass>();
-  pass->placement = forPlacement;
-  pass->mark = std::move(beginning.mark);
-  pass->queue = std::move(queue);
-  pass->completion = std::move(completion);
+  const auto pass = std::make_shared<Pass>(
+      forPlacement, queue,
+      [self = shared_from_this(), forPlacement, mark = std::move(beginning.mark), queue,
+       completion = std::move(completion)](bool success, const std::optional<Error>& error) mutable {
+        mark = nullptr;
+        self->didEnd(forPlacement, queue, success, error, completion);
+      });
   tryPrecacheCampaigns(pass, campaignsPerFetch);
 }
 
@@ -88,7 +96,7 @@ void CampaignPrecacher::tryPrecacheCampaigns(const std::shared_ptr<Pass>& pass, 
                                         const std::optional<Error>& error) {
         if (error) {
           self->context_->logError(error->errorMessage());
-          self->context_->onQueue(pass->queue, [self, pass, error] { self->finish(pass, false, error); });
+          self->context_->onQueue(pass->queue, [pass, error] { pass->end(false, error); });
           return;
         }
         self->context_->printLog("Campaigns successfully fetched from server.");
@@ -131,38 +139,37 @@ void CampaignPrecacher::endPass(const std::shared_ptr<Pass>& pass, const std::ve
   }
   context_->onQueue(pass->queue, [self = shared_from_this(), pass, success, lastError] {
     self->context_->printLog(fmt::format("Precaching finished for placement id: {}", pass->placement));
-    self->finish(pass, success, lastError);
+    pass->end(success, lastError);
   });
 }
 
-void CampaignPrecacher::finish(const std::shared_ptr<Pass>& pass, bool success,
-                               const std::optional<Error>& error) const {
-  pass->mark = nullptr;
+void CampaignPrecacher::didEnd(const std::string& placement, const std::shared_ptr<DispatchQueue>& queue,
+                               bool success, const std::optional<Error>& error,
+                               const Completion& completion) const {
+  // Before what an exception could keep from it: nothing else plans the next try.
+  if (observer_) observer_(placement, success, error);
   const auto method = success ? DelegateMethod::didPrecache : DelegateMethod::didFailPrecache;
-  context_->tellDelegate(method, [placement = pass->placement, success, error](VantoriumDelegate& delegate) {
+  context_->tellDelegate(method, [placement, success, error](VantoriumDelegate& delegate) {
     if (success) {
       delegate.didPrecache(placement);
     } else {
       delegate.didFailPrecache(placement, error);
     }
   });
-  context_->onQueue(pass->queue, [pass, success, error] { pass->completion(success, error); });
-  if (observer_) observer_(pass->placement, error);
+  context_->onQueue(queue, [completion, success, error] { completion(success, error); });
 }
 
 bool CampaignPrecacher::isCampaignReady(const std::string& placementID) {
   if (!context_->flags().isConfigured) return false;
-  const bool hadSome = cache_.inventory->hasCampaigns(placementID);
-  const bool isReady = cache_.inventory->getNextCampaign(placementID).has_value();
-  if (hadSome && !isReady) replaceLost(placementID);
-  return isReady;
+  const auto next = cache_.inventory->getNextCampaign(placementID, context_->host().clock().now());
+  if (next.hasLost && !next.campaign) replaceLost(placementID);
+  return next.campaign.has_value();
 }
 
 std::optional<ReadyCampaign> CampaignPrecacher::takeCampaign(const std::string& placementID) {
-  const bool hadSome = cache_.inventory->hasCampaigns(placementID);
-  auto taken = cache_.inventory->takeNextCampaign(placementID);
-  if (hadSome && !taken) replaceLost(placementID);
-  return taken;
+  auto next = cache_.inventory->takeNextCampaign(placementID, context_->host().clock().now());
+  if (next.hasLost && !next.campaign) replaceLost(placementID);
+  return std::move(next.campaign);
 }
 
 /// Somebody has removed the files of all that was ready.

@@ -22,7 +22,9 @@ class CampaignPrecacher : public std::enable_shared_from_this<CampaignPrecacher>
  public:
   using Completion = std::function<void(bool success, std::optional<Error> error)>;
   /// Told how the precaching of a placement ended, on the thread on which it did.
-  using Observer = std::function<void(const std::string& placement, const std::optional<Error>& error)>;
+  /// It may have succeeded, and have an error all the same, when the last of several campaigns failed.
+  using Observer =
+      std::function<void(const std::string& placement, bool success, const std::optional<Error>& error)>;
 
   /// `placements` is shared with those who precache other kinds of ads.
   CampaignPrecacher(std::shared_ptr<SdkContext> context, std::shared_ptr<HTTPClient> httpClient,
@@ -57,7 +59,8 @@ class CampaignPrecacher : public std::enable_shared_from_this<CampaignPrecacher>
   void precacheFetched(const std::shared_ptr<Pass>& pass,
                        const std::vector<std::shared_ptr<Campaign>>& campaigns);
   void endPass(const std::shared_ptr<Pass>& pass, const std::vector<Outcome>& outcomes);
-  void finish(const std::shared_ptr<Pass>& pass, bool success, const std::optional<Error>& error) const;
+  void didEnd(const std::string& placement, const std::shared_ptr<DispatchQueue>& queue, bool success,
+              const std::optional<Error>& error, const Completion& completion) const;
 
   const std::shared_ptr<SdkContext> context_;
   const std::shared_ptr<HTTPClient> httpClient_;

@@ -3,6 +3,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "platform/foundation/thread_annotations.hpp"
 
@@ -19,26 +20,50 @@ class PrecachingPlacements : public std::enable_shared_from_this<PrecachingPlace
     Mark mark;                ///< null when it is under way, or when there is nothing to do
   };
 
-  /// One step: a placement with nothing to do never looks under way to others, however short. `isNeeded` is
-  /// asked with the lock held, so it must not come back here.
+  /// `isNeeded` is asked once before the placement is marked, so that one with nothing to do never looks
+  /// under way to others, and once after, for another precaching may have ended between.
   template <typename IsNeeded>
   Beginning begin(const std::string& placement, IsNeeded isNeeded) EXCLUDES(mutex_) {
-    const MutexLock lock(mutex_);
-    if (placements_.contains(placement)) return {.isUnderWay = true, .mark = nullptr};
+    const Beginning underWay{.isUnderWay = true, .mark = nullptr};
+    if (isUnderWay(placement)) return underWay;
     if (!isNeeded()) return {};
-    Mark mark(static_cast<void*>(this),
-              [self = shared_from_this(), placement](void*) { self->end(placement); });
-    placements_.insert(placement);
-    return {.isUnderWay = false, .mark = std::move(mark)};
+    const auto holder = std::make_shared<Holder>(shared_from_this(), placement);
+    if (!insert(placement)) return underWay;
+    holder->isHolding = true;
+    if (!isNeeded()) return {};
+    return {.isUnderWay = false, .mark = holder};
   }
 
  private:
+  struct Holder {
+    Holder(std::shared_ptr<PrecachingPlacements> of, std::string what)
+        : owner(std::move(of)), placement(std::move(what)) {}
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+    ~Holder() {
+      if (isHolding) owner->end(placement);
+    }
+
+    const std::shared_ptr<PrecachingPlacements> owner;
+    const std::string placement;
+    bool isHolding = false;
+  };
+
+  bool isUnderWay(const std::string& placement) const EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    return placements_.contains(placement);
+  }
+  /// False when it was there.
+  bool insert(const std::string& placement) EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    return placements_.insert(placement).second;
+  }
   void end(const std::string& placement) EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
     placements_.erase(placement);
   }
 
-  Mutex mutex_;
+  mutable Mutex mutex_;
   std::set<std::string> placements_ GUARDED_BY(mutex_);
 };
 

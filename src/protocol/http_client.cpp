@@ -241,9 +241,11 @@ void HTTPClient::send(const std::shared_ptr<Report>& report) {
 bool HTTPClient::sendAgain(const std::shared_ptr<Report>& report, const HTTPAnswer& answer) {
   if (!answer.error || answer.hasLeft || context_->hasEnded()) return false;
   if (waitingReports_ >= mostWaitingReports) return false;
+  // Counted as long as it waits, whatever ends that.
   ++waitingReports_;
-  report->retry.schedule([self = shared_from_this(), report] {
-    --self->waitingReports_;
+  std::shared_ptr<void> waiting(nullptr, [self = shared_from_this()](void*) { --self->waitingReports_; });
+  report->retry.schedule([self = shared_from_this(), report, waiting]() mutable {
+    waiting.reset();
     self->send(report);
   });
   return true;

@@ -27,13 +27,13 @@ namespace vantorium {
 /// Any thread. What fails before a request is sent completes on the caller's thread, all else on the
 /// session's callback queue; a request under way keeps the client alive until then.
 ///
-/// Nothing is retried, and the HTTP status is never looked at: the body decides.
+/// A report of which not one byte had left is sent again, later; nothing else is. The HTTP status is never
+/// looked at: the body decides.
 class HTTPClient : public std::enable_shared_from_this<HTTPClient> {
  public:
   using Placements = std::vector<std::map<std::string, std::string>>;
   using SetUpCompletion =
       std::function<void(bool success, std::optional<Placements> placements, std::optional<Error> error)>;
-  using DataCompletion = std::function<void(std::optional<Data> data, std::optional<Error> error)>;
   using CampaignsCompletion =
       std::function<void(std::vector<std::shared_ptr<Campaign>> campaigns, std::optional<Error> error)>;
   using NativeAdsCompletion =

@@ -26,7 +26,7 @@ CampaignVC::~CampaignVC() {
   if (player_) player_->setHandlers({});
 }
 
-bool CampaignVC::isPlayable() const { return campaign_->type == CampaignType::playable; }
+bool CampaignVC::isPlayable() const { return vantorium::isPlayable(campaign_->type); }
 
 bool CampaignVC::isRewardedVideo() const { return campaign_->adUnitType == AdUnitType::rewardedVideo; }
 

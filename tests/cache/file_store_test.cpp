@@ -82,12 +82,18 @@ TEST_F(FileStoreTest, EachProcessOwnsAFolderOfItsOwn) {
   EXPECT_EQ(store().root(), caches() / "com.vantorium") << "free again";
 }
 
+/// What `flock` does on a file system without locks.
+int noLocks(int, int) {
+  errno = ENOLCK;
+  return -1;
+}
+
 TEST_F(FileStoreTest, OwnersAreToldApartWithoutLocksToo) {
   fs::create_directories(caches());
   const fs::path file = caches() / "mark";
-  std::optional<FolderLock> first = FolderLock::takeByMark(file);
+  std::optional<FolderLock> first = FolderLock::take(file, &noLocks);
   ASSERT_TRUE(first);
-  EXPECT_FALSE(FolderLock::takeByMark(file)) << "its owner lives";
+  EXPECT_FALSE(FolderLock::take(file, &noLocks)) << "its owner lives";
   std::optional<Error> error;
   const std::string mark = readFile(file, error).value_or("");
   first.reset();
@@ -95,13 +101,13 @@ TEST_F(FileStoreTest, OwnersAreToldApartWithoutLocksToo) {
 
   const auto lastWord = mark.rfind(' ');
   std::ofstream(file) << mark.substr(0, lastWord) << " 1";
-  EXPECT_TRUE(FolderLock::takeByMark(file)) << "another process of the same number is gone";
+  EXPECT_TRUE(FolderLock::take(file, &noLocks)) << "another process of the same number is gone";
   std::ofstream(file) << "another-machine " << mark.substr(mark.find(' ') + 1);
-  EXPECT_FALSE(FolderLock::takeByMark(file)) << "of another machine nothing is known";
+  EXPECT_FALSE(FolderLock::take(file, &noLocks)) << "of another machine nothing is known";
   std::ofstream(file, std::ios::trunc) << "";
-  EXPECT_FALSE(FolderLock::takeByMark(file)) << "it is being written";
+  EXPECT_FALSE(FolderLock::take(file, &noLocks)) << "it is being written";
   fs::last_write_time(file, fs::file_time_type::clock::now() - std::chrono::hours(1));
-  EXPECT_TRUE(FolderLock::takeByMark(file));
+  EXPECT_TRUE(FolderLock::take(file, &noLocks));
 }
 
 TEST_F(FileStoreTest, FilesGoWithTheirLastOwner) {
@@ -165,7 +171,11 @@ TEST_F(FileStoreTest, SharesTheFilmByItsHashAndThePageIfAllAgrees) {
     ASSERT_EQ(found.size(), 1U) << field;
     EXPECT_FALSE(found[0]->hasPageOf(Campaign(other))) << field;
   }
+  Creative waiting = *one;
+  waiting.record = std::make_shared<Campaign>(json{{"hash", "h"}, {"tag", "another page"}});
+  EXPECT_TRUE(waiting.isOnDisk());
   mine.shelf().forget(one);
+  EXPECT_FALSE(waiting.isOnDisk()) << "nobody shows that film again";
   EXPECT_TRUE(mine.shelf().find(Campaign(same)).empty()) << "its showing failed";
 }
 
@@ -175,7 +185,7 @@ TEST_F(FileStoreTest, GivesUpTheOldestOnAFullDiskAlone) {
   EXPECT_FALSE(mine.shelf().makeRoom(full)) << "nothing to give";
   auto old = creative(mine, "old");
   const auto onScreen = creative(mine, "on screen");
-  const auto young = creative(mine, "young");
+  auto young = creative(mine, "young");
   for (const auto& each : {onScreen, old, young}) mine.shelf().keep(each);
   const std::string path = old->film->path();
   old.reset();
@@ -183,6 +193,15 @@ TEST_F(FileStoreTest, GivesUpTheOldestOnAFullDiskAlone) {
   EXPECT_TRUE(mine.shelf().makeRoom(full));
   EXPECT_FALSE(fs::exists(path)) << "at once: its space is needed";
   EXPECT_TRUE(fs::exists(onScreen->film->path())) << "somebody else owns it";
+
+  auto twin = std::make_shared<Creative>(*young);
+  const std::string shared = young->film->path();
+  mine.shelf().keep(twin);
+  young.reset();
+  EXPECT_FALSE(mine.shelf().makeRoom(full)) << "its film would stay";
+  twin.reset();
+  EXPECT_TRUE(mine.shelf().makeRoom(full));
+  EXPECT_FALSE(fs::exists(shared)) << "both have gone";
 }
 
 }  // namespace

@@ -29,17 +29,18 @@ class InventoryTest : public ::testing::Test {
   }
   std::string film(const std::string& id) const { return (folder_.path() / id).string(); }
   std::string next() {
-    const auto campaign = inventory_.getNextCampaign("p");
-    return campaign ? campaign->campaign->campaignID : "none";
+    const auto next = inventory_.getNextCampaign("p", now_).campaign;
+    return next ? next->campaign->campaignID : "none";
   }
   std::string take() {
-    const auto campaign = inventory_.takeNextCampaign("p");
-    return campaign ? campaign->campaign->campaignID : "none";
+    const auto next = inventory_.takeNextCampaign("p", now_).campaign;
+    return next ? next->campaign->campaignID : "none";
   }
 
   testing::TemporaryDirectory folder_;
   std::set<std::string> films_;
   Inventory inventory_{lifetime};
+  Date now_ = at(0);
 };
 
 TEST_F(InventoryTest, HandsCampaignsOutInOrderAndForgetsThemThen) {
@@ -61,7 +62,7 @@ TEST_F(InventoryTest, TellsTheServiceEachIDOnceThoseNotShownFirst) {
   EXPECT_EQ(inventory_.campaignIDs("p"), (std::vector<std::string>{"c", "a", "b"})) << "the latest first";
   for (int i = 0; i < 1000; ++i) {
     inventory_.add(campaign(std::to_string(i)), "p");
-    EXPECT_EQ(inventory_.takeNextCampaign("p")->campaign->campaignID, i == 0 ? "c" : std::to_string(i - 1));
+    EXPECT_EQ(take(), i == 0 ? "c" : std::to_string(i - 1));
   }
   const auto ids = inventory_.campaignIDs("p");
   EXPECT_EQ(ids.front() + " " + ids[1], "999 998");
@@ -75,9 +76,8 @@ TEST_F(InventoryTest, PassesOverCampaignsWhoseFilesAreGone) {
   EXPECT_EQ(next(), "b");
   EXPECT_EQ(inventory_.getNumberOfCampaigns("p"), 1U);
   std::filesystem::remove(film("b"));
-  EXPECT_TRUE(inventory_.hasCampaigns("p"));
-  EXPECT_EQ(take(), "none");
-  EXPECT_FALSE(inventory_.hasCampaigns("p"));
+  EXPECT_TRUE(inventory_.takeNextCampaign("p", now_).hasLost);
+  EXPECT_FALSE(inventory_.takeNextCampaign("p", now_).hasLost) << "it is said once";
 }
 
 TEST_F(InventoryTest, KeepsAStaleCampaignUntilThereIsANewerOne) {
@@ -90,6 +90,10 @@ TEST_F(InventoryTest, KeepsAStaleCampaignUntilThereIsANewerOne) {
   EXPECT_EQ(inventory_.getNumberOfCampaigns("p"), 1U);
   inventory_.add(campaign("c", 150), "p");
   EXPECT_EQ(inventory_.getNumberOfCampaigns("p"), 2U);
+  now_ = at(210);
+  EXPECT_EQ(next(), "c") << "the other one has waited for too long";
+  now_ = at(300);
+  EXPECT_EQ(next(), "b") << "all have";
 }
 
 }  // namespace

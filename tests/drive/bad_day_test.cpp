@@ -9,6 +9,7 @@
 
 #include "drive/drive_process.hpp"
 #include "sandbox/server.hpp"
+#include "support/archive.hpp"
 
 namespace vantorium {
 namespace {
@@ -70,11 +71,14 @@ TEST_F(BadDay, AFullDiskIsAnErrorThatSaysSo) {
       "mount -t tmpfs -o size=1m,nr_inodes=64 tmpfs '" + disk.string() + "' && exec \"$@\"";
   const std::vector<std::string> wrapper{"unshare", ::geteuid() == 0 ? "-m" : "-rm", "sh", "-c", mounted,
                                          "sh"};
-  const auto serve = [this](const std::string& id, const std::string& film) {
-    server.setAnswer(film, 200, "video/mp4", std::string(400'000, 'f'));
-    const json campaign{{"campaignId", id}, {"hash", id}, {"videoUrl", server.baseURL() + film}};
+  const auto serve = [this](const json& campaign) {
     server.setAnswer("/api/campaigns", 200, "application/json",
                      json{{"status", "success"}, {"data", {campaign}}}.dump());
+  };
+  const auto serveFilm = [&](const std::string& id) {
+    const std::string film = "/films/" + id + ".mp4";
+    server.setAnswer(film, 200, "video/mp4", std::string(400'000, 'f'));
+    serve({{"campaignId", id}, {"hash", id}, {"videoUrl", server.baseURL() + film}});
   };
   DriveProcess drive(arguments(disk), wrapper);
   drive.say({{"do", "set"}, {"autoCaching", false}});
@@ -89,25 +93,41 @@ TEST_F(BadDay, AFullDiskIsAnErrorThatSaysSo) {
     drive.say({{"do", "isCampaignReady"}, {"placement", placement}});
     return drive.hear({{"event", "result"}})["value"].get<bool>();
   };
-  serve("a", "/films/a.mp4");
+  serveFilm("a");
   EXPECT_TRUE(precache("p")["success"]);
-  serve("b", "/films/b.mp4");
+  serveFilm("b");
   EXPECT_TRUE(precache("q")["success"]);
-  serve("c", "/films/c.mp4");
+  serveFilm("c");
   const json refused = precache("r");
   EXPECT_FALSE(refused["success"]);
   EXPECT_NE(refused["error"]["text"].get<std::string>().find("No space left on device"), std::string::npos)
       << refused;
   EXPECT_TRUE(isReady("p") && isReady("q") && !isReady("r"));
 
-  // What has been shown makes room.
-  drive.say({{"do", "showCampaign"}, {"placement", "p"}});
-  drive.hear({{"event", "presented"}});
-  drive.say({{"do", "video"}, {"event", "ended"}});
-  drive.say({{"do", "tap"}, {"control", "back"}});
-  EXPECT_TRUE(drive.hear({{"event", "completion"}, {"of", "showCampaign"}})["success"]);
+  // What has been shown makes room: for a film, and for what is in an archive that itself found room.
+  const auto show = [&drive](const char* placement) {
+    drive.say({{"do", "showCampaign"}, {"placement", placement}});
+    drive.hear({{"event", "presented"}});
+    drive.say({{"do", "video"}, {"event", "ended"}});
+    drive.say({{"do", "tap"}, {"control", "back"}});
+    EXPECT_TRUE(drive.hear({{"event", "completion"}, {"of", "showCampaign"}})["success"]);
+  };
+  show("p");
   EXPECT_TRUE(precache("r")["success"]);
   EXPECT_TRUE(isReady("q") && isReady("r"));
+  server.setAnswer("/games/g.zip", 200, "application/zip",
+                   testing::archiveOf({{"game.js", std::string(400'000, ' ')}}));
+  serve({{"campaignId", "g"},
+         {"type", "playable"},
+         {"tag", "<script src='game.js'></script>"},
+         {"baseUrl", server.baseURL() + "/games"},
+         {"zippedUrl", server.baseURL() + "/games/g.zip"}});
+  const json tooLarge = precache("s");
+  EXPECT_NE(tooLarge.dump().find("No space left on device"), std::string::npos) << tooLarge;
+  show("q");
+  const json unpacked = precache("s");
+  EXPECT_TRUE(unpacked["success"]) << unpacked;
+  EXPECT_TRUE(isReady("r") && isReady("s"));
   EXPECT_EQ(drive.finish(), 0);
 }
 

@@ -163,7 +163,11 @@ TEST_F(RetrySeries, ReplacesACampaignThatNobodyShowedForADay) {
   ASSERT_TRUE(world.host->loop().runUntil(
       [&] { return world.lines.back().starts_with("didFailPrecache rewarded-main"); }));
   EXPECT_TRUE(world.sdk->isCampaignReady(SdkWorld::rewarded)) << "shown until there is a newer one";
-  const auto old = world.sdk->client()->cacheClient.inventory->getNextCampaign(SdkWorld::rewarded);
+  const auto next = [&] {
+    const auto inventory = world.sdk->client()->cacheClient.inventory;
+    return inventory->getNextCampaign(SdkWorld::rewarded, world.host->clock().now()).campaign->campaign;
+  };
+  const auto old = next();
   world.server.clearFaults();
   world.lines.clear();
   world.host->loop().runPending();
@@ -171,7 +175,7 @@ TEST_F(RetrySeries, ReplacesACampaignThatNobodyShowedForADay) {
   ASSERT_TRUE(world.await("didPrecache rewarded-main"));
   const auto inventory = world.sdk->client()->cacheClient.inventory;
   EXPECT_EQ(inventory->getNumberOfCampaigns(SdkWorld::rewarded), 1U);
-  EXPECT_NE(inventory->getNextCampaign(SdkWorld::rewarded)->campaign, old->campaign);
+  EXPECT_NE(next(), old);
 }
 
 TEST_F(RetrySeries, DoesNotLetASlowPlacementHoldUpTheOthers) {

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+
+#include <array>
 
 #include "gtk/support/desktop.hpp"
 #include "hosts/gtk/device_information.hpp"
 #include "hosts/gtk/device_services.hpp"
 #include "hosts/gtk/machine_facts.hpp"
 #include "hosts/gtk/reachability_probe.hpp"
+#include "hosts/gtk/route_watch.hpp"
 
 namespace vantorium::test {
 namespace {
@@ -121,6 +125,28 @@ TEST(ModemTest, NamesTheFastestTechnology) {
   EXPECT_EQ(gtk::radioTechnologyName(0), std::nullopt);
   EXPECT_EQ(gtk::radioTechnologyName(1U << 3 | 1U << 5), "WCDMA");
   EXPECT_EQ(gtk::radioTechnologyName(1U << 14 | 1U << 5), "LTE");
+}
+
+TEST(RouteWatchTest, TellsOnceForAllThatIsThereAndNothingAfterItsEnd) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_DGRAM, 0, ends.data()), 0);
+  const FileDescriptor kernel(ends[0]);
+  int told = 0, toldAfterEnd = 0;
+  std::unique_ptr<gtk::RouteWatch> watch;
+  const auto send = [&] { return ::send(kernel.get(), "news", 4, 0) == 4; };
+  watch = std::make_unique<gtk::RouteWatch>(FileDescriptor(ends[1]), [&] {
+    ++told;
+    if (told == 2) watch.reset();  // it may go in its own handler
+  });
+  EXPECT_TRUE(send() && send() && send());
+  ASSERT_TRUE(waitFor([&] { return told > 0; }));
+  EXPECT_EQ(told, 1);
+  EXPECT_TRUE(send());
+  ASSERT_TRUE(waitFor([&] { return !watch; }));
+  EXPECT_EQ(told, 2);
+  EXPECT_FALSE(send()) << "nobody listens any more";
+  const gtk::RouteWatch refused(FileDescriptor(-1), [&] { ++toldAfterEnd; });
+  EXPECT_EQ(toldAfterEnd, 0);
 }
 
 TEST(RouteProbeTest, AnswersAlsoWithoutAWayOut) {

@@ -33,6 +33,19 @@ TEST(MainQueueTest, RunsWorkOfAllThreadsInOrderAndNeverInside) {
   EXPECT_TRUE(isOnMain);
 }
 
+TEST(MainQueueTest, WorkThatThrowsIsDroppedAndTheRestGoesOn) {
+  gtk::MainQueue queue;
+  gtk::MainLoopClock clock;
+  int rang = 0;
+  bool followed = false;
+  const auto timer = clock.schedule(Seconds{0}, true, [&] {
+    if (++rang == 1) throw std::bad_alloc();
+  });
+  queue.async([] { throw 1; });
+  queue.async([&] { followed = true; });
+  EXPECT_TRUE(waitFor([&] { return followed && rang > 1; }));
+}
+
 TEST(MainQueueTest, ANestedLoopGoesOnWithWhatFollows) {
   gtk::MainQueue queue;
   bool followed = false, cameFirst = false;

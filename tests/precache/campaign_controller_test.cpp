@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "precache/end_card_page.hpp"
 #include "support/controller_test.hpp"
 
@@ -33,6 +35,14 @@ class CampaignControllerTest : public testing::ControllerTest {
     return campaign;
   }
 
+  /// Until the file system would write a later time, which is coarser than the clock.
+  void awaitLaterTime(fs::file_time_type than) const {
+    const fs::path probe = world_.cacheRoot() / "probe";
+    do {
+      std::ofstream(probe) << "now";
+    } while (fs::last_write_time(probe) <= than);
+    fs::remove(probe);
+  }
   std::vector<std::string> log() const {
     std::vector<std::string> lines;
     std::istringstream text(world_.context->log());
@@ -62,6 +72,10 @@ TEST_F(CampaignControllerTest, BringsVideoAndEndCardToDisk) {
                        "End card HTML files successufully downloaded and saved to disk for placement id: p",
                    }));
   EXPECT_TRUE(world_.reports().empty());
+  EXPECT_TRUE((*creative)->isOnDisk());
+  awaitLaterTime((*creative)->directories.front().changedAt);
+  fs::remove(root / id / "static/img/a.png");
+  EXPECT_FALSE((*creative)->isOnDisk()) << "somebody removed a file of the page";
   creative = VantoriumError::internalError();
   EXPECT_TRUE(awaitEmptyCache()) << "its files go with it";
 }

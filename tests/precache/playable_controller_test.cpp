@@ -2,7 +2,7 @@
 
 #include <fstream>
 
-#include "archive/zip.hpp"
+#include "support/archive.hpp"
 #include "support/controller_test.hpp"
 
 namespace vantorium {
@@ -14,23 +14,11 @@ using nlohmann::json;
 class PlayableControllerTest : public testing::ControllerTest {
  protected:
   void SetUp() override {
-    serve("/pkg/game/p.zip", archiveOf({{"game.js", "play()"}, {"art/boat.svg", "boat"}}));
+    serve("/pkg/game/p.zip", testing::archiveOf({{"game.js", "play()"}, {"art/boat.svg", "boat"}}));
   }
 
   void serve(const std::string& path, const std::string& bytes) {
     world_.server.setAnswer(path, 200, "application/zip", bytes);
-  }
-  std::string archiveOf(const std::map<std::string, std::string>& files) const {
-    const testing::TemporaryDirectory folder;
-    const fs::path content = folder.path() / "content";
-    for (const auto& [name, text] : files) {
-      fs::create_directories((content / name).parent_path());
-      std::ofstream(content / name) << text;
-    }
-    std::vector<fs::path> paths;
-    for (const auto& entry : fs::directory_iterator(content)) paths.push_back(entry.path());
-    EXPECT_FALSE(Zip::zipFiles(paths, folder.path() / "made.zip", std::nullopt));
-    return testing::contentOf(folder.path() / "made.zip");
   }
   json playable(const std::string& archive = "/pkg/game/p.zip") const {
     const std::string base = world_.server.baseURL();
@@ -68,7 +56,7 @@ TEST_F(PlayableControllerTest, UnpacksTheArchiveBesideItselfAndWritesTheEntryPag
 }
 
 TEST_F(PlayableControllerTest, TheEntryPageTakesThePlaceOfTheArchivesOwn) {
-  serve("/p.zip", archiveOf({{"index.html", "theirs"}, {"about.html", "about"}}));
+  serve("/p.zip", testing::archiveOf({{"index.html", "theirs"}, {"about.html", "about"}}));
   json campaign = playable("/p.zip");
   for (const std::string& base : {std::string("/"), std::string(), std::string("not a URL")}) {
     campaign["baseUrl"] = base.starts_with('/') ? world_.server.baseURL() + base : base;
@@ -109,8 +97,8 @@ TEST_F(PlayableControllerTest, TriesADownloadTwiceMoreOnTheMainQueue) {
 
 TEST_F(PlayableControllerTest, ReportsWhatItCannotUnpackOrWriteAndDoesNotTryAgain) {
   serve("/pkg/broken.zip", "this is no archive");
-  serve("/pkg/game.ZIP", archiveOf({{"a", "b"}}));
-  serve("/blocked.zip", archiveOf({{"index.html/page", "in the way"}}));
+  serve("/pkg/game.ZIP", testing::archiveOf({{"a", "b"}}));
+  serve("/blocked.zip", testing::archiveOf({{"index.html/page", "in the way"}}));
   const std::map<std::string, std::string> expected{
       {"/pkg/broken.zip", "Failed to unzip file."},
       {"/pkg/game.ZIP", "File not found."},

@@ -138,10 +138,4 @@ struct ServiceWorld {
   std::shared_ptr<const Client> client_;
 };
 
-inline std::string contentOf(const std::filesystem::path& path) {
-  std::ostringstream content;
-  content << std::ifstream(path, std::ios::binary).rdbuf();
-  return content.str();
-}
-
 }  // namespace vantorium::testing

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -28,5 +30,12 @@ class TemporaryDirectory {
  private:
   std::filesystem::path path_;
 };
+
+/// The bytes of a file; none when it cannot be read.
+inline std::string contentOf(const std::filesystem::path& path) {
+  std::ostringstream content;
+  content << std::ifstream(path, std::ios::binary).rdbuf();
+  return content.str();
+}
 
 }  // namespace vantorium::testing

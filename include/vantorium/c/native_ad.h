@@ -103,7 +103,8 @@ VANTORIUM_API double vantorium_native_ad_asset_height(vantorium_native_ad_asset*
 /** Sets both. */
 VANTORIUM_API bool vantorium_native_ad_asset_set_size(vantorium_native_ad_asset* asset, double width,
                                                       double height);
-/** `filePath`: where precaching saved the file; null when it did not. */
+/** `filePath`: where precaching saved the file; null when it did not. The file is removed when the ad's last
+ *  reference goes: an asset alone does not keep it. */
 VANTORIUM_API const char* vantorium_native_ad_asset_file_path(vantorium_native_ad_asset* asset);
 /** See above; null for none. */
 VANTORIUM_API bool vantorium_native_ad_asset_set_file_path(vantorium_native_ad_asset* asset,

@@ -14,7 +14,8 @@ AsyncBlockOperation::AsyncBlockOperation(std::shared_ptr<BlockOperationQueue> qu
 AsyncBlockOperation::~AsyncBlockOperation() {
   try {
     leave();
-  } catch (...) {  // NOLINT(bugprone-empty-catch): the queue's completion block threw, with nobody left to tell
+  } catch (
+      ...) {  // NOLINT(bugprone-empty-catch): the queue's completion block threw, with nobody left to tell
   }
 }
 

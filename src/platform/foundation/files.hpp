@@ -26,8 +26,8 @@ VANTORIUM_HOST_API std::optional<std::string> readFile(const std::filesystem::pa
 VANTORIUM_HOST_API std::optional<std::string> readTextFile(const std::filesystem::path& path,
                                                            std::optional<Error>& error);
 
-/// Removes what is there, folders with all they hold. Others may do the same meanwhile. Nothing is told of what
-/// cannot be removed.
+/// Removes what is there, folders with all they hold. Others may do the same meanwhile. Nothing is told of
+/// what cannot be removed.
 void removeAll(const std::filesystem::path& path) noexcept;
 
 /// Whether the bytes are valid UTF-8.

@@ -6,7 +6,6 @@
 #include <array>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <list>
@@ -16,7 +15,7 @@
 
 #include <vantorium/dispatch_queue.hpp>
 
-#include "platform/foundation/console.hpp"
+#include "platform/foundation/run_or_drop.hpp"
 #include "platform/foundation/signal_block.hpp"
 #include "platform/foundation/thread_annotations.hpp"
 
@@ -27,24 +26,6 @@ namespace {
 constexpr const char* poolName = "vantorium";
 
 void nameThread(const char* name) { pthread_setname_np(pthread_self(), name); }
-
-void tellDropped(const char* why) noexcept {
-  std::array<char, 256> line{};  // there may be no memory for another
-  std::snprintf(line.data(), line.size(), "vantorium: a piece of work was dropped: %s", why);
-  printToConsole(line.data());
-}
-
-/// Runs work that may throw (out of memory, most likely): it is dropped then, and the thread goes on.
-template <typename Work>
-void runOrDrop(const Work& work) noexcept {
-  try {
-    work();
-  } catch (const std::exception& problem) {
-    tellDropped(problem.what());
-  } catch (...) {
-    tellDropped("something that is no std::exception was thrown");
-  }
-}
 
 /// What a thread of the pool does next. Answers whether it has to be done once more, after what waits.
 using Turn = std::function<bool()>;

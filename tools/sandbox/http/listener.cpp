@@ -148,7 +148,8 @@ class Listener::Engine final : public httplib::Server {
   }
 
  private:
-  /// The lock lasts until the thread has its place: the first request may ask for an outage, which looks there.
+  /// The lock lasts until the thread has its place: the first request may ask for an outage, which looks
+  /// there.
   void accept() {
     const std::lock_guard lock(mutex_);
     stopping_ = false;
