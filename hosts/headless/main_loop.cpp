@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/foundation/run_or_drop.hpp"
+
 namespace vantorium::headless {
 
 using namespace std::chrono_literals;
@@ -130,7 +132,7 @@ bool MainLoop::runUntil(const std::function<bool()>& done, Seconds timeout) {
     std::unique_lock lock(mutex_);
     if (auto work = takeDueLocked()) {
       lock.unlock();
-      work();
+      runOrDrop(work);
       continue;
     }
     if (std::exchange(isWoken_, false)) continue;
@@ -163,7 +165,7 @@ void MainLoop::advance(Seconds interval) {
       virtualInstant_ = now;
     }
     if (!handler) return;
-    handler();
+    runOrDrop(handler);
     runPending();
   }
 }

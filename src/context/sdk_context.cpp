@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "platform/foundation/date_format.hpp"
+#include "platform/foundation/run_or_drop.hpp"
 
 namespace vantorium {
 
@@ -42,16 +43,18 @@ SdkContext::Flags SdkContext::flags() const {
   return flags_;
 }
 
-void SdkContext::printLog(const std::string& message) {
-  if (!flags().isTestMode) return;
-  const DeviceFacts facts = host_->device().facts();
-  const std::string time = formatDate(host_->clock().now(), "H:mm:ss.SSSS", facts.timezone, facts.locale);
-  const std::string line = fmt::format("VANTORIUM LOG: {} : {}", time, message);
-  {
-    MutexLock lock(mutex_);
-    log_.add(line);
-  }
-  host_->print(line);
+void SdkContext::printLog(const std::string& message) noexcept {
+  runOrDrop([&] {
+    if (!flags().isTestMode) return;
+    const DeviceFacts facts = host_->device().facts();
+    const std::string time = formatDate(host_->clock().now(), "H:mm:ss.SSSS", facts.timezone, facts.locale);
+    const std::string line = fmt::format("VANTORIUM LOG: {} : {}", time, message);
+    {
+      MutexLock lock(mutex_);
+      log_.add(line);
+    }
+    host_->print(line);
+  });
 }
 
 std::string SdkContext::log() const {
@@ -59,14 +62,16 @@ std::string SdkContext::log() const {
   return log_.text();
 }
 
-void SdkContext::logError(const std::optional<std::string>& errorMessage) {
+void SdkContext::logError(const std::optional<std::string>& errorMessage) noexcept {
   if (!errorMessage) return;
-  std::function<void(std::string)> reporter;
-  {
-    MutexLock lock(mutex_);
-    reporter = errorReporter_;
-  }
-  if (reporter) reporter(*errorMessage + callStackSymbols());
+  runOrDrop([&] {
+    std::function<void(std::string)> reporter;
+    {
+      MutexLock lock(mutex_);
+      reporter = errorReporter_;
+    }
+    if (reporter) reporter(*errorMessage + callStackSymbols());
+  });
 }
 
 void SdkContext::setErrorReporter(std::function<void(std::string)> reporter) {

@@ -48,12 +48,12 @@ class SdkContext {
   }
 
   /// Notes progress, in test mode only: one line in the log and on the console.
-  void printLog(const std::string& message) EXCLUDES(mutex_);
+  void printLog(const std::string& message) noexcept EXCLUDES(mutex_);
   /// The log, each line ended by "\n": the newest lines, up to `DiagnosticLog::mostBytes`.
   std::string log() const EXCLUDES(mutex_);
   /// Reports an error to the service, with the stack of the calling thread. Nothing is reported when there is
   /// no message or, as yet, nobody to report as.
-  void logError(const std::optional<std::string>& errorMessage) EXCLUDES(mutex_);
+  void logError(const std::optional<std::string>& errorMessage) noexcept EXCLUDES(mutex_);
   /// Who uploads reports. Called on whatever thread reports; replaced by the SDK when it starts and ends.
   void setErrorReporter(std::function<void(std::string text)> reporter) EXCLUDES(mutex_);
 

@@ -16,7 +16,14 @@ Error noHost() {
   return VantoriumError::internalError("There is no host. Call Vantorium::setHost before anything else.");
 }
 
-Error outOfMemory() { return VantoriumError::internalError("Out of memory. Free some and try again."); }
+/// None when there is not even memory for the words.
+std::optional<Error> outOfMemory() noexcept {
+  try {
+    return VantoriumError::internalError("Out of memory. Free some and try again.");
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
 
 /// Calls `use`. What it throws, for want of memory, ends here: nothing may reach the application.
 template <typename Use>
@@ -33,7 +40,8 @@ template <typename Value, typename Use>
 void withSdk(std::function<void(Value, std::optional<Error>)> completion, Use use) noexcept {
   guarded([&] {
     if (!completion) completion = [](Value, const std::optional<Error>&) {};
-    const CompletionGuard once(std::move(completion), Value{}, std::optional(outOfMemory()));
+    const CompletionGuard once(std::move(completion), Value{}, outOfMemory());
+    if (!once) return;  // it has completed
     if (const auto sdk = Process::shared().sdk()) {
       use(*sdk,
           [once](Value value, std::optional<Error> error) { once(std::move(value), std::move(error)); });

@@ -32,6 +32,8 @@ class CompletionGuard {
     }
   }
 
+  /// False when there was no memory for the guard: the completion has been called then.
+  explicit operator bool() const { return state_ != nullptr; }
   /// Calls the completion, unless it has been called. What it throws comes through. What it holds is let go
   /// of afterwards, even while copies of the guard are left.
   void operator()(std::type_identity_t<Args>... args) const {

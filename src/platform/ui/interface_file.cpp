@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <cassert>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <stdexcept>
@@ -142,6 +143,8 @@ std::shared_ptr<View> loadInterface(const std::string& name, const InterfaceConn
     auto view = loader.build(json::parse(bundleResource(name + ".json")));
     loader.checkComplete();
     return view;
+  } catch (const std::bad_alloc&) {
+    throw;  // the file is well
   } catch (const std::exception& problem) {
     printToConsole(fmt::format("The interface file {}.json is broken: {}", name, problem.what()));
     assert(false && "broken interface file");

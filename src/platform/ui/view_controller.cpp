@@ -17,7 +17,13 @@ View& ViewController::view() {
   if (!view_) {
     view_ = loadView();
     view_->controller_ = this;
-    viewDidLoad();
+    try {
+      viewDidLoad();
+    } catch (...) {  // half a view is none
+      const auto half = std::exchange(view_, nullptr);
+      half->controller_ = nullptr;
+      throw;
+    }
   }
   return *view_;
 }
@@ -31,10 +37,17 @@ void ViewController::present(const std::shared_ptr<ViewController>& screen, bool
   if (!screen || presented_ || screen->presenting_ != nullptr || window == nullptr) return;
   presented_ = screen;
   screen->presenting_ = this;
-  screen->view().setFrame(window->bounds());
-  if (screen->presenting_ != this) return;  // it ended while it was loaded
-  window->addSubview(screen->view().shared_from_this());
-  application_.didPresent(*screen, animated);
+  try {
+    screen->view().setFrame(window->bounds());
+    if (screen->presenting_ != this) return;  // it ended while it was loaded
+    window->addSubview(screen->view().shared_from_this());
+    application_.didPresent(*screen, animated);
+  } catch (...) {  // what could not be put up is not in front of anybody
+    if (screen->view_) screen->view_->removeFromSuperview();
+    screen->presenting_ = nullptr;
+    presented_.reset();
+    throw;
+  }
   screen->viewDidAppear(animated);
 }
 
